@@ -55,6 +55,15 @@ struct HashOf<K, std::enable_if_t<std::is_integral_v<K> || std::is_enum_v<K>>> {
   uint32_t operator()(K k) const { return hashInteger(static_cast<uint64_t>(k)); }
 };
 
+template <>
+struct HashOf<double> {
+  uint32_t operator()(double d) const {
+    uint64_t bits;
+    __builtin_memcpy(&bits, &d, sizeof bits);
+    return hashInteger(d == 0.0 ? 0 : bits);  // +0.0 and -0.0 compare equal
+  }
+};
+
 template <class K>
 struct HashOf<K, std::void_t<decltype(std::declval<const K&>().hash())>> {
   uint32_t operator()(const K& k) const { return static_cast<uint32_t>(k.hash()); }

@@ -1,0 +1,123 @@
+#include "platform/zel/Type.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <map>
+
+namespace Zel {
+
+namespace {
+struct Registry {
+  std::map<std::string_view, const ZelType*> byName;
+  std::vector<const ZelType*> inOrder;
+};
+Registry& registry() {
+  static Registry r;
+  return r;
+}
+}  // namespace
+
+ZelType::ZelType(const char* name, Kind kind, const ZelType* base, std::vector<AttrDesc> attrs,
+                 const ValueOps* valueOps)
+    : name_(name), kind_(kind), base_(base), attrs_(std::move(attrs)), valueOps_(valueOps) {
+  Registry& r = registry();
+  r.byName[name_] = this;
+  r.inOrder.push_back(this);
+}
+
+ZelType::~ZelType() {
+  Registry& r = registry();
+  auto it = r.byName.find(name_);
+  if (it != r.byName.end() && it->second == this) r.byName.erase(it);
+  std::erase(r.inOrder, this);
+}
+
+const AttrDesc* ZelType::attr(AttributeId id) const {
+  for (const ZelType* t = this; t; t = t->base_) {
+    for (const AttrDesc& a : t->attrs_) {
+      if (a.id == id) return &a;
+    }
+  }
+  return nullptr;
+}
+
+const AttrDesc* ZelType::attr(std::string_view name) const {
+  for (const ZelType* t = this; t; t = t->base_) {
+    for (const AttrDesc& a : t->attrs_) {
+      if (name == a.name) return &a;
+    }
+  }
+  return nullptr;
+}
+
+bool ZelType::isKindOf(const ZelType* t) const {
+  for (const ZelType* s = this; s; s = s->base_) {
+    if (s == t) return true;
+  }
+  return false;
+}
+
+const ZelType* ZelType::lookup(std::string_view qualifiedName) {
+  Registry& r = registry();
+  auto it = r.byName.find(qualifiedName);
+  return it == r.byName.end() ? nullptr : it->second;
+}
+
+const std::vector<const ZelType*>& ZelType::registered() { return registry().inOrder; }
+
+EnumType::EnumType(const char* name, std::vector<Enumerator> enumerators)
+    : ZelType(name, Kind::enumeration, nullptr, {}),
+      enumerators_(std::move(enumerators)),
+      byValue_(enumerators_) {
+  std::sort(byValue_.begin(), byValue_.end(),
+            [](const Enumerator& a, const Enumerator& b) { return a.value < b.value; });
+}
+
+const EnumType::Enumerator* EnumType::find(uint32_t value) const {
+  auto it = std::lower_bound(byValue_.begin(), byValue_.end(), value,
+                             [](const Enumerator& e, uint32_t v) { return e.value < v; });
+  return it != byValue_.end() && it->value == value ? &*it : nullptr;
+}
+
+const char* EnumType::enumeratorName(uint32_t value) const {
+  const Enumerator* e = find(value);
+  return e ? e->name : nullptr;
+}
+
+String EnumType::valueToStrep(uint32_t value) const {
+  if (const char* n = enumeratorName(value)) return String(n);
+  return Zel::valueToStrep(static_cast<uint64_t>(value));
+}
+
+uint32_t EnumType::instance(const String& name) const {
+  StrIt it = name.begin();
+  uint32_t v = sequenceToValue(it, name.end());
+  if (it != name.end()) {
+    throwRangeException(String("Invalid ") + this->name() + ": '" + name.view() + "'");
+  }
+  return v;
+}
+
+uint32_t EnumType::sequenceToValue(StrIt& it, const StrIt& end) const {
+  StrIt p = it;
+  while (p != end && (std::isalnum(static_cast<unsigned char>(*p)) || *p == '_')) ++p;
+  std::string_view token(it, static_cast<size_t>(p - it));
+  for (const Enumerator& e : enumerators_) {
+    if (token == e.name) {
+      it = p;
+      return e.value;
+    }
+  }
+  if (!token.empty() && std::all_of(token.begin(), token.end(), [](char c) {
+        return c >= '0' && c <= '9';
+      })) {
+    StrIt q = it;
+    uint64_t v = sequenceToUnsigned(q, end, UINT32_MAX);
+    it = q;
+    return static_cast<uint32_t>(v);
+  }
+  throwRangeException(String("Invalid ") + name() + ": '" + token + "'");
+}
+
+}  // namespace Zel
