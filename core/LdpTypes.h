@@ -4,3 +4,5 @@
 
 #include "core/LdpEnums.gen.h"
 #include "core/LdpStatusCode.h"
+#include "core/LdpIdentifier.h"
+#include "core/LdpIdentifiers.gen.h"

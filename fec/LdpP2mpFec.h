@@ -1,0 +1,4 @@
+#pragma once
+// P2MP FEC types.
+
+#include "fec/LdpP2mpFec.gen.h"

@@ -1,0 +1,10 @@
+#include "model/LdpConfig.h"
+
+namespace Ldp {
+
+void LdpConfigColl::handleInitialized() {
+  configIs(L3::VrfName("default"));
+  initializedIs(true);
+}
+
+}  // namespace Ldp
