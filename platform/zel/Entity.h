@@ -48,9 +48,10 @@ class Entity : public PtrInterface {
   void visitNotifiees(F&& f) const;
 
  private:
+  // parentAttr_ comes first so that it fills the tail padding of PtrInterface.
+  AttributeId parentAttr_ = 0;
   mutable NotifieeListType notifiees_;
   Entity* parent_ = nullptr;
-  AttributeId parentAttr_ = 0;
 };
 
 // Base of every generated reactor class. A reactor holds a reference to its
