@@ -3,6 +3,6 @@
 // codes with their protocol meaning, and the identifiers.
 
 #include "core/LdpEnums.gen.h"
-#include "core/LdpStatusCode.h"
 #include "core/LdpIdentifier.h"
 #include "core/LdpIdentifiers.gen.h"
+#include "core/LdpStatusCode.h"

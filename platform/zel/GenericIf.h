@@ -17,8 +17,8 @@ class GenericIfNotifiee {
 };
 
 // Signature of the per-type factory of reflection reactors (generated).
-using ReflectionReactorFactory = std::unique_ptr<Entity::NotifieeConst> (*)(
-    const Ptr<const Entity>&, GenericIfNotifiee*);
+using ReflectionReactorFactory =
+    std::unique_ptr<Entity::NotifieeConst> (*)(const Ptr<const Entity>&, GenericIfNotifiee*);
 
 class GenericIf {
  public:

@@ -93,8 +93,7 @@ inline void attrLogWrite(NboAttrLog::Out& o, bool v) { o.putU8(v ? 1 : 0); }
 inline void attrLogWrite(NboAttrLog::Out& o, double v) { o.putDouble(v); }
 inline void attrLogWrite(NboAttrLog::Out& o, const String& v) { o.putString(v); }
 template <class T>
-  requires(std::is_integral_v<T> || std::is_enum_v<T>)
-void attrLogWrite(NboAttrLog::Out& o, T v) {
+requires(std::is_integral_v<T> || std::is_enum_v<T>) void attrLogWrite(NboAttrLog::Out& o, T v) {
   if constexpr (std::is_same_v<T, bool>) {
     o.putU8(v ? 1 : 0);
   } else if constexpr (std::is_enum_v<T> || sizeof(T) == 4) {
@@ -111,8 +110,7 @@ void attrLogWrite(NboAttrLog::Out& o, T v) {
 inline void attrLogRead(NboAttrLog::In& i, double* v) { *v = i.nextDouble(); }
 inline void attrLogRead(NboAttrLog::In& i, String* v) { *v = i.nextString(); }
 template <class T>
-  requires(std::is_integral_v<T> || std::is_enum_v<T>)
-void attrLogRead(NboAttrLog::In& i, T* v) {
+requires(std::is_integral_v<T> || std::is_enum_v<T>) void attrLogRead(NboAttrLog::In& i, T* v) {
   if constexpr (std::is_same_v<T, bool>) {
     *v = i.nextbool();
   } else if constexpr (std::is_enum_v<T> || sizeof(T) == 4) {

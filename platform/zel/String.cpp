@@ -49,6 +49,8 @@ String operator+(const String& a, std::string_view b) {
   return String(s);
 }
 
-std::ostream& operator<<(std::ostream& os, const String& s) { return os.write(s.charPtr(), static_cast<std::streamsize>(s.size())); }
+std::ostream& operator<<(std::ostream& os, const String& s) {
+  return os.write(s.charPtr(), static_cast<std::streamsize>(s.size()));
+}
 
 }  // namespace Zel

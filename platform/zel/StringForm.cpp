@@ -122,8 +122,8 @@ uint64_t sequenceToUnsigned(StrIt& it, const StrIt& end, uint64_t hi) {
 }
 
 void rethrowNamingAttribute(const char* attrName, const RangeException& e) {
-  throwRangeException(String("Invalid value for attribute '") + attrName + "': " +
-                      e.message().view());
+  throwRangeException(String("Invalid value for attribute '") + attrName +
+                      "': " + e.message().view());
 }
 
 }  // namespace Zel

@@ -31,8 +31,7 @@ String valueToStrep(const String& v);
 String valueToStrep(int64_t v);
 String valueToStrep(uint64_t v);
 template <class T>
-  requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
-String valueToStrep(T v) {
+requires(std::is_integral_v<T> && !std::is_same_v<T, bool>) String valueToStrep(T v) {
   if constexpr (std::is_signed_v<T>) {
     return valueToStrep(static_cast<int64_t>(v));
   } else {
@@ -47,8 +46,8 @@ void sequenceToValue(StrIt& it, const StrIt& end, String* out);
 int64_t sequenceToSigned(StrIt& it, const StrIt& end, int64_t lo, int64_t hi);
 uint64_t sequenceToUnsigned(StrIt& it, const StrIt& end, uint64_t hi);
 template <class T>
-  requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
-void sequenceToValue(StrIt& it, const StrIt& end, T* out) {
+requires(std::is_integral_v<T> &&
+         !std::is_same_v<T, bool>) void sequenceToValue(StrIt& it, const StrIt& end, T* out) {
   if constexpr (std::is_signed_v<T>) {
     *out = static_cast<T>(sequenceToSigned(it, end, INT64_C(-1) << (8 * sizeof(T) - 1),
                                            static_cast<int64_t>(~0ull >> (65 - 8 * sizeof(T)))));

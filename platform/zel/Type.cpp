@@ -109,9 +109,8 @@ uint32_t EnumType::sequenceToValue(StrIt& it, const StrIt& end) const {
       return e.value;
     }
   }
-  if (!token.empty() && std::all_of(token.begin(), token.end(), [](char c) {
-        return c >= '0' && c <= '9';
-      })) {
+  if (!token.empty() &&
+      std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; })) {
     StrIt q = it;
     uint64_t v = sequenceToUnsigned(q, end, UINT32_MAX);
     it = q;

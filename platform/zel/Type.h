@@ -40,7 +40,7 @@ struct AttrDesc {
   AttrKind kind;
   const char* typeName;  // the attribute's value type (for collections: the value or child type)
   // Reflection accessors; null where the kind has none.
-  String (*read)(const Entity&) = nullptr;  // string form of the value
+  String (*read)(const Entity&) = nullptr;                 // string form of the value
   void (*write)(Entity&, StrIt&, const StrIt&) = nullptr;  // parse a string form and set it
   std::vector<String> (*keys)(const Entity&) = nullptr;    // collections: key forms, map order
   String (*readAt)(const Entity&, const String& key) = nullptr;  // collections: value at a key form
@@ -130,7 +130,9 @@ template <class E>
 struct EnumTraits;
 
 template <class E>
-concept RegisteredEnum = std::is_enum_v<E> && requires { EnumTraits<E>::type(); };
+concept RegisteredEnum = std::is_enum_v<E> && requires {
+  EnumTraits<E>::type();
+};
 
 template <RegisteredEnum E>
 String valueToStrep(E v) {
