@@ -294,6 +294,8 @@ def emit_entity_header(d, unit, h):
     if not d.base:
         if is_named(d, unit):
             h("  Zel::Name name() const override { return name_; }")
+            h("  // Renames an entity rebuilt from a state backup.")
+            h("  void nameIsFromBackup(const Zel::Name& name) { name_ = name; }")
         else:
             h("  Zel::Name name() const override;")
     h()
