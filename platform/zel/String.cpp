@@ -21,9 +21,12 @@ String::String(std::string_view s) {
 }
 
 String& String::operator=(const String& o) {
+  // Take the source block before dropping ours: `o` may be *this, and unref()
+  // clears rep_.
+  Rep* r = o.rep_;
   o.ref();
   unref();
-  rep_ = o.rep_;
+  rep_ = r;
   return *this;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstring>
 #include <map>
 
@@ -90,33 +91,52 @@ String EnumType::valueToStrep(uint32_t value) const {
   return Zel::valueToStrep(static_cast<uint64_t>(value));
 }
 
-uint32_t EnumType::instance(const String& name) const {
-  StrIt it = name.begin();
-  uint32_t v = sequenceToValue(it, name.end());
-  if (it != name.end()) {
-    throwRangeException(String("Invalid ") + this->name() + ": '" + name.view() + "'");
+namespace {
+// The value `token` names: an enumerator's name (exactly, case-sensitive) or a
+// decimal number within 32 bits. False when it is neither.
+bool tokenValue(const std::vector<EnumType::Enumerator>& enumerators, std::string_view token,
+                uint32_t* out) {
+  for (const EnumType::Enumerator& e : enumerators) {
+    if (token == e.name) {
+      *out = e.value;
+      return true;
+    }
+  }
+  if (token.empty() ||
+      !std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+    return false;
+  }
+  const char* end = token.data() + token.size();
+  auto r = std::from_chars(token.data(), end, *out);
+  return r.ec == std::errc() && r.ptr == end;
+}
+
+// The token at `it`: the longest run of identifier characters.
+StrIt tokenEnd(StrIt it, const StrIt& end) {
+  while (it != end && (std::isalnum(static_cast<unsigned char>(*it)) || *it == '_')) ++it;
+  return it;
+}
+}  // namespace
+
+uint32_t EnumType::instance(const String& text) const {
+  // The whole text must be one name or number; a refusal quotes all of it.
+  uint32_t v = 0;
+  if (tokenEnd(text.begin(), text.end()) != text.end() ||
+      !tokenValue(enumerators_, text.view(), &v)) {
+    throwRangeException(String("Invalid ") + name() + ": '" + text.view() + "'");
   }
   return v;
 }
 
 uint32_t EnumType::sequenceToValue(StrIt& it, const StrIt& end) const {
-  StrIt p = it;
-  while (p != end && (std::isalnum(static_cast<unsigned char>(*p)) || *p == '_')) ++p;
-  std::string_view token(it, static_cast<size_t>(p - it));
-  for (const Enumerator& e : enumerators_) {
-    if (token == e.name) {
-      it = p;
-      return e.value;
-    }
+  const StrIt p = tokenEnd(it, end);
+  const std::string_view token(it, static_cast<size_t>(p - it));
+  uint32_t v = 0;
+  if (!tokenValue(enumerators_, token, &v)) {
+    throwRangeException(String("Invalid ") + name() + ": '" + token + "'");
   }
-  if (!token.empty() &&
-      std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; })) {
-    StrIt q = it;
-    uint64_t v = sequenceToUnsigned(q, end, UINT32_MAX);
-    it = q;
-    return static_cast<uint32_t>(v);
-  }
-  throwRangeException(String("Invalid ") + name() + ": '" + token + "'");
+  it = p;
+  return v;
 }
 
 }  // namespace Zel

@@ -98,7 +98,10 @@ class ZelType {
 // Unknown values: an enumeration holds any 32-bit number. A number that is no
 // enumerator prints as itself in decimal, and a decimal number parses back to that
 // value, so every value round-trips. A text that is neither an enumerator's name nor
-// a decimal number is refused with "Invalid <type name>: '<text>'".
+// a decimal number within 32 bits is refused with "Invalid <type name>: '<text>'".
+// Names are exact and case-sensitive. instance(text) takes the whole text and quotes
+// all of it; sequenceToValue() reads the run of identifier characters ([A-Za-z0-9_])
+// at the cursor, quotes that run when refusing it, and otherwise stops after it.
 class EnumType : public ZelType {
  public:
   struct Enumerator {
