@@ -49,7 +49,13 @@ def lower_first(s):
 
 
 def upper_first(s):
-    return s[0].upper() + s[1:]
+    return s[:1].upper() + s[1:]  # "" for a method, which has no name
+
+
+def factory_of(t):
+    """The factory of entity type t: "Ns::Leaf" -> "Ns::leafFactory"."""
+    scope, _, name = t.rpartition("::")
+    return f"{scope}{'::' if scope else ''}{lower_first(name)}Factory"
 
 
 def default_of(m):
@@ -303,7 +309,6 @@ def emit_entity_header(d, unit, h):
         t, p = cpp(m.type), param(m.type, unit)
         ret = t if is_scalar(m.type, unit) else f"const {t}&"
         kp = param(m.key_type, unit) if m.key_type else ""
-        cap = upper_first(m.name)
         if m.kind == "key":
             h(f"  {ret} {m.name}() const {{ return {m.name}_; }}")
         elif m.kind == "attr":
@@ -430,16 +435,18 @@ def emit_entity_source(d, unit, c):
         elif m.kind == "children":
             c(f"Zel::Ptr<{t}> {n}::{m.name}Is({kp} key) {{\n"
               f"  if (Zel::Ptr<{t}> existing = {m.name}_.find(key)) return existing;\n"
-              f"  Zel::Ptr<{t}> child = {lower_first(t)}Factory(key);\n"
+              f"  Zel::Ptr<{t}> child = {factory_of(t)}(key);\n"
               f"  child->parentIs(this, {m.id});\n  {m.name}_.add(key, child);\n"
               f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n  return child;\n}}\n")
         elif m.kind == "child":
+            # Returns the local: a handler may let the entity go during the visit.
             c(f"Zel::Ptr<{t}> {n}::{m.name}Is(const Zel::Name& name) {{\n"
               f"  if ({m.name}_ && {m.name}_->name() == name) return {m.name}_;\n"
+              f"  Zel::Ptr<{t}> child = {factory_of(t)}(name);\n"
+              f"  child->parentIs(this, {m.id});\n"
               f"  if ({m.name}_) {m.name}_->parentIs(nullptr, 0);\n"
-              f"  {m.name}_ = {lower_first(t)}Factory(name);\n"
-              f"  {m.name}_->parentIs(this, {m.id});\n"
-              f"  {visit}([](NotifieeConst* r) {{ r->{on}(); }});\n  return {m.name}_;\n}}\n")
+              f"  {m.name}_ = child;\n"
+              f"  {visit}([](NotifieeConst* r) {{ r->{on}(); }});\n  return child;\n}}\n")
             c(f"void {n}::{m.name}Del() {{\n  if (!{m.name}_) return;\n"
               f"  {m.name}_->parentIs(nullptr, 0);\n  {m.name}_ = nullptr;\n"
               f"  {visit}([](NotifieeConst* r) {{ r->{on}(); }});\n}}\n")
@@ -451,7 +458,10 @@ def emit_entity_source(d, unit, c):
             else:
                 c(f"void {n}::{m.name}Del({kp} key) {{\n  if (!{m.name}_.del(key)) return;\n"
                   f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
+            # The entity keeps itself alive: a handler may drop the last outside reference.
             c(f"void {n}::{m.name}DelAll() {{\n"
+              f"  if ({m.name}_.size() == 0) return;\n"
+              f"  Zel::Ptr<const {n}> keep(this);\n"
               f"  for (const auto& key : {m.name}_.keys()) {m.name}Del(key);\n}}\n")
             c(f"void {n}::{m.name}Notify({kp} key) {{\n"
               f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
@@ -475,7 +485,9 @@ def emit_entity_reflection(d, unit, c):
             fields += ["Zel::AttrKind::mutableAttr", f'"{m.type}"',
                        f"[](const Zel::Entity& e) {{ return valueToStrep({self_}.{m.name}()); }}",
                        f"[](Zel::Entity& e, Zel::StrIt& it, const Zel::StrIt& end) {{\n"
-                       f"         static_cast<{n}&>(e).{m.name}Is(Zel::deserializeAttr<{t}>(it, end, \"{m.name}\"));\n       }}"]
+                       f"         const {t} v = Zel::deserializeAttr<{t}>(it, end, \"{m.name}\");\n"
+                       f"         if (it != end) Zel::throwRangeException(\"Invalid value for attribute '{m.name}': trailing text\");\n"
+                       f"         static_cast<{n}&>(e).{m.name}Is(v);\n       }}"]
         elif m.kind == "const":
             fields += ["Zel::AttrKind::constant", f'"{m.type}"',
                        f"[](const Zel::Entity&) {{ return valueToStrep({n}::{m.name}()); }}"]
@@ -523,7 +535,8 @@ def emit_entity_reflection(d, unit, c):
                   f"    const Zel::String s = valueToStrep(k);\n    target_->onAttribute({m.id}, &s);\n  }}")
             else:
                 c(f"  void {handler(m)}() override {{ target_->onAttribute({m.id}, nullptr); }}")
-    c(f"\n private:\n  Zel::GenericIfNotifiee* target_;\n}};\n")
+    # maybe_unused: an entity without notifying attributes has no handler to use it.
+    c(f"\n private:\n  [[maybe_unused]] Zel::GenericIfNotifiee* target_;\n}};\n")
     c(f"[[maybe_unused]] const bool {n}Registered_ = [] {{\n"
       f"  Zel::reflectionReactorFactoryIs(\n"
       f"      &{n}::zelType(), [](const Zel::Ptr<const Zel::Entity>& e, Zel::GenericIfNotifiee* t)\n"

@@ -34,7 +34,9 @@ Members (indented):
               option ctor                     the constructor calls hand-written constructed()
 
 Attribute ids follow declaration order: entity attributes from 258 (+128 per level of
-derivation), value fields, constants and bit views from 2.
+derivation), value fields, constants and bit views from 2. Within an entity and its bases
+every member name is distinct, and only an entity without a base may declare keys.
+Errors name the description and the line ("path:line: message").
 """
 
 import re
@@ -57,6 +59,7 @@ class Member:
     value: int = 0  # enumerator value
     id: int = 0
     extra: str = ""  # bit: "FIELD CONSTANT"; method: the declaration
+    line: int = 0  # where it is declared, for errors
 
 
 @dataclass
@@ -70,6 +73,8 @@ class Decl:
     members: List[Member] = field(default_factory=list)
     imported: bool = False
     depth: int = 0
+    path: str = ""  # the description that declares it, and the line, for errors
+    line: int = 0
 
     @property
     def qualified(self):
@@ -134,7 +139,7 @@ def parse(text, path="<text>", unit=None, imported=False, loader=None):
             elif head in ("enum", "value", "entity"):
                 if len(words) < 2:
                     raise DescError(path, lineno, f"{head} needs a name")
-                current = Decl(head, words[1], namespace, imported=imported)
+                current = Decl(head, words[1], namespace, imported=imported, path=path, line=lineno)
                 rest = words[2:]
                 while rest:
                     w = rest.pop(0)
@@ -154,7 +159,10 @@ def parse(text, path="<text>", unit=None, imported=False, loader=None):
             continue
         if current is None:
             raise DescError(path, lineno, "member outside a declaration")
+        before = len(current.members)
         _member(current, line.strip(), path, lineno)
+        for m in current.members[before:]:
+            m.line = lineno
     return unit
 
 
@@ -174,6 +182,8 @@ def _member(decl, line, path, lineno):
         decl.members.append(Member("method", "", extra=rest))
         return
     if kind == "function" and decl.kind == "entity":
+        if not re.match(rf"^{IDENT}$", rest):
+            raise DescError(path, lineno, "expected function NAME")
         decl.members.append(Member("function", rest))
         return
     if kind == "bit" and decl.kind == "value":
@@ -205,29 +215,38 @@ def _member(decl, line, path, lineno):
 
 
 def number(unit):
-    """Assigns attribute ids and derivation depths; checks bases and duplicates."""
+    """Assigns attribute ids and derivation depths; checks bases and duplicates.
+
+    An entity's attribute names must also differ from those of its bases: a reused
+    name would make the derived reactor's handler override the base's.
+    """
     for d in unit.decls:
+        where = d.path or unit.path
+        seen = set()
         if d.kind == "entity":
-            depth, b = 0, d.base
+            depth, b, bases = 0, d.base, []
             while b:
                 base = unit.find(b)
                 if base is None or base.kind != "entity":
-                    raise DescError(unit.path, 0, f"{d.name}: unknown base entity {b}")
+                    raise DescError(where, d.line, f"{d.name}: unknown base entity {b}")
+                if base is d or any(base is x for x in bases):
+                    raise DescError(where, d.line, f"{d.name}: circular base {b}")
+                bases.append(base)
                 depth, b = depth + 1, base.base
             d.depth = depth
             next_id = 258 + 128 * depth
+            seen = {m.name for base in bases for m in base.members if m.kind != "method"}
         else:
             next_id = 2
-        seen = set()
         for m in d.members:
-            if m.kind in ("enumerator", "method"):
-                if m.kind == "enumerator" and m.name in seen:
-                    raise DescError(unit.path, 0, f"{d.name}: {m.name} declared twice")
-                seen.add(m.name)
+            if m.kind == "method":
                 continue
+            if m.kind == "key" and d.depth:
+                raise DescError(where, m.line, f"{d.name}: only a base entity has keys")
             if m.name in seen:
-                raise DescError(unit.path, 0, f"{d.name}: {m.name} declared twice")
+                raise DescError(where, m.line, f"{d.name}: {m.name} declared twice")
             seen.add(m.name)
-            m.id = next_id
-            next_id += 1
+            if m.kind != "enumerator":
+                m.id = next_id
+                next_id += 1
     return unit
