@@ -13,6 +13,16 @@
 
 namespace Zel {
 
+// The keys of a map in its order: a snapshot, so callers may change the map while
+// they walk it (deleting every entry with a notification each, for example).
+template <class Map>
+auto keysOf(const Map& map) {
+  std::vector<std::remove_cvref_t<decltype(map.begin()->key)>> ks;
+  ks.reserve(map.size());
+  for (const auto& e : map) ks.push_back(e.key);
+  return ks;
+}
+
 template <class K, class V>
 class ValueColl {
  public:
@@ -33,12 +43,7 @@ class ValueColl {
   }
   bool del(const K& k) { return map_.erase(k); }
   size_t size() const { return map_.size(); }
-  std::vector<K> keys() const {
-    std::vector<K> ks;
-    ks.reserve(map_.size());
-    for (const auto& e : map_) ks.push_back(e.key);
-    return ks;
-  }
+  std::vector<K> keys() const { return keysOf(map_); }
   const Map& map() const { return map_; }
 
  private:
@@ -55,12 +60,7 @@ class ValueSet {
   bool add(const K& k) { return map_.insert(k, None{}).second; }
   bool del(const K& k) { return map_.erase(k); }
   size_t size() const { return map_.size(); }
-  std::vector<K> keys() const {
-    std::vector<K> ks;
-    ks.reserve(map_.size());
-    for (const auto& e : map_) ks.push_back(e.key);
-    return ks;
-  }
+  std::vector<K> keys() const { return keysOf(map_); }
   const Map& map() const { return map_; }
 
  private:
@@ -86,12 +86,7 @@ class EntityColl {
     return child;
   }
   size_t size() const { return map_.size(); }
-  std::vector<K> keys() const {
-    std::vector<K> ks;
-    ks.reserve(map_.size());
-    for (const auto& e : map_) ks.push_back(e.key);
-    return ks;
-  }
+  std::vector<K> keys() const { return keysOf(map_); }
   const Map& map() const { return map_; }
 
  private:
