@@ -61,7 +61,8 @@ struct ValueOps {
 
 class ZelType {
  public:
-  enum class Kind : uint8_t { entity, value, enumeration };
+  // overlay: a type laid over wire octets, never owned.
+  enum class Kind : uint8_t { entity, value, enumeration, overlay };
 
   ZelType(const char* name, Kind kind, const ZelType* base, std::vector<AttrDesc> attrs,
           const ValueOps* valueOps = nullptr);
