@@ -1,0 +1,97 @@
+#include "parse/LdpPduParser.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <string>
+
+#include "parse/LdpMsgForm.h"
+#include "platform/zel/Assert.h"
+
+namespace Ldp {
+
+namespace {
+// The PDU header and the header of one message must fit in the packet.
+constexpr size_t minPduBytes = sizeof(LdpPduHdr) + sizeof(LdpMsgHdr);
+// The smallest total length: the 10-octet header and one 4-octet element.
+constexpr uint16_t minPduTotalLength = 14;
+}  // namespace
+
+Zel::Ptr<LdpPduParser> ldpPduParserFactory(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset) {
+  return Zel::allocate<LdpPduParser>(pkt, offset);
+}
+
+LdpPduParser::LdpPduParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
+    : pkt_(pkt), offset_(offset) {
+  handleHeader();
+  tlvGroupParserIs("");
+  handleInitialized();
+}
+
+void LdpPduParser::handleHeader() {
+  header_ = pkt_ ? overlay<LdpPduHdr>(pkt_->front() + offset_) : nullptr;
+}
+
+void LdpPduParser::handleInitialized() {
+  validate();
+  initialized_ = true;
+}
+
+void LdpPduParser::failureIs(LdpStatusCode code, const char* text) {
+  statusCode_ = code;
+  reason_ = Zel::String(text);
+}
+
+void LdpPduParser::validate() {
+  ZEL_ASSERT(header_);
+  ZEL_ASSERT(pkt_->frontBytes() >= offset_);
+  char text[64];
+  const size_t frontBytes = pkt_->frontBytes();
+  if (frontBytes - offset_ < minPduBytes) {
+    std::snprintf(text, sizeof text, "PDU too small, size = %zu", frontBytes);
+    failureIs(badPduLength_, text);
+    return;
+  }
+  const uint16_t total = header_->totalLength();
+  if (total > maxPduTotalLength) {
+    std::snprintf(text, sizeof text, "PDU length field too big, length = %d", total);
+    failureIs(badPduLength_, text);
+    return;
+  }
+  if (total < minPduTotalLength) {
+    std::snprintf(text, sizeof text, "PDU length field too small, length = %d", total);
+    failureIs(badPduLength_, text);
+    return;
+  }
+  if (header_->version() != 1) {
+    std::snprintf(text, sizeof text, "LDP Version %d not supported", header_->version());
+    failureIs(badVersion_, text);
+    return;
+  }
+  // The messages follow the header; the length field counts the LDP identifier.
+  tlvGroupParser_->pktIs(pkt_);
+  tlvGroupParser_->offsetIs(offset_ + static_cast<uint32_t>(sizeof(LdpPduHdr)));
+  tlvGroupParser_->sizeIs(total - static_cast<uint32_t>(sizeof(LdpPduHdr)));
+  tlvGroupParser_->parseTlvGroup();
+  if (tlvGroupParser_->valid()) {
+    statusCode_ = success_;
+  } else {
+    failureIs(malformedTlv_, "LDP PDU Messages are malformed");
+  }
+}
+
+Zel::String LdpPduParser::stringValue() const {
+  if (!validLdpPdu()) return Zel::String("Error LDP PDU: ") + reason_.view();
+  std::string out(header_->stringValue().view());
+  const uint8_t* front = pkt_->front();
+  const uint32_t n = messageNum();
+  for (uint32_t i = 0; i < n; ++i) {
+    char index[16];
+    std::snprintf(index, sizeof index, "\n%" PRIu32 ": ", i);
+    out += index;
+    out += ldpMsgHdrForm(*overlay<LdpMsgHdr>(front + messageOffset(i))).view();
+  }
+  out += '\n';
+  return Zel::String(out);
+}
+
+}  // namespace Ldp
