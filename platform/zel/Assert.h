@@ -20,3 +20,8 @@ void defaultAssertionHandler(const char* text, const char* file, int line);
 
 #define ZEL_ASSERT(cond) \
   ((cond) ? static_cast<void>(0) : ::Zel::assertionFailed(#cond, __FILE__, __LINE__))
+
+// The same, reporting `text` (a string literal) instead of the expression, for
+// invariants whose stated meaning is clearer than their code.
+#define ZEL_ASSERT_TEXT(cond, text) \
+  ((cond) ? static_cast<void>(0) : ::Zel::assertionFailed(text, __FILE__, __LINE__))
