@@ -136,12 +136,6 @@ class GeneratedText(unittest.TestCase):
         self.assertLess(store, notify)
         self.assertIn("r->onA();", body[notify:])
 
-    def test_derived_types_visit_and_react_at_their_depth(self):
-        self.assertIn("visitNotifiees<NotifieeConst, 1>", function_body(self.source, "void B::bIs("))
-        self.assertIn("visitNotifiees<NotifieeConst, 2>", function_body(self.source, "void C::c2Is("))
-        self.assertIn("NotifieeConst() : B::NotifieeConst(2) {}", self.header)
-        self.assertIn("class C : public B {", self.header)
-
     def test_integer_attributes_are_counters(self):
         self.assertIn("void aInc(uint8_t delta = 1);", self.header)
         self.assertIn("void aDec(uint8_t delta = 1);", self.header)

@@ -17,17 +17,12 @@ std::vector<T> contents(const LinkQueue<T>& q) {
   return std::vector<T>(q.begin(), q.end());
 }
 
-TEST(LinkQueueBasics, EmptyQueue) {
+TEST(LinkQueueBasics, FifoOrderAndBound) {
   LinkQueue<int> q(3);
-  EXPECT_EQ(q.maxSize(), 3u);
   EXPECT_EQ(q.size(), 0u);
   EXPECT_TRUE(q.empty());
   EXPECT_FALSE(q.full());
   EXPECT_EQ(q.begin(), q.end());
-}
-
-TEST(LinkQueueBasics, FifoOrderAndBound) {
-  LinkQueue<int> q(3);
   q.push(1);
   q.push(2);
   EXPECT_EQ(q.front(), 1);
@@ -126,15 +121,11 @@ TEST(LinkQueueDifferential, AgainstStdDeque) {
   EXPECT_EQ(contents(q), std::vector<std::string>(ref.begin(), ref.end()));
 }
 
-TEST(LinkQueueDeathTest, PushOntoAFullQueue) {
-  LinkQueue<int> q(1);
-  q.push(1);
-  EXPECT_DEATH(q.push(2), "Assertion failed: size\\(\\) < maxSize\\(\\)");
-}
-
-TEST(LinkQueueDeathTest, PopFromAnEmptyQueue) {
+TEST(LinkQueueDeathTest, PushWhenFullOrPopWhenEmpty) {
   LinkQueue<int> q(1);
   EXPECT_DEATH(q.pop(), "Assertion failed: !empty\\(\\)");
+  q.push(1);
+  EXPECT_DEATH(q.push(2), "Assertion failed: size\\(\\) < maxSize\\(\\)");
 }
 
 }  // namespace

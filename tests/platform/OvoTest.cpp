@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <sstream>
 
 #include "platform/ovo/IntfId.h"
 #include "platform/ovo/IpAddr.h"
@@ -16,7 +15,7 @@
 #include "platform/ovo/NetU32.h"
 #include "platform/ovo/Pkt.h"
 #include "platform/ovo/Port.h"
-#include "tests/platform/ValueTypeChecks.h"
+#include "tests/support/ValueChecks.h"
 
 using namespace LdpTest;
 using Ovo::IntfId;
@@ -40,8 +39,6 @@ IpGenAddr v6(const char* text) {
   return a;
 }
 
-// ---------------------------------------------------------------- NetU16 / NetU32
-
 // An LDP PDU header (RFC 5036 §3.1) as a byte-exact overlay.
 struct PduHeader {
   Ovo::NetU16 version;
@@ -53,7 +50,7 @@ static_assert(sizeof(PduHeader) == 10 && alignof(PduHeader) == 1);
 static_assert(Ovo::NetU16(0x1234).value() == 0x1234);
 static_assert(Ovo::NetU32(0xDEADBEEF).value() == 0xDEADBEEF);
 
-TEST(NetInt, StoresBigEndianOctets) {
+TEST(NetInt, BigEndianOctetsAtAnyAlignment) {
   Ovo::NetU16 a(0x1234);
   Ovo::NetU32 b(0x0A000001);
   EXPECT_EQ(a.octets()[0], 0x12);
@@ -67,9 +64,7 @@ TEST(NetInt, StoresBigEndianOctets) {
   EXPECT_EQ(Ovo::NetU32().value(), 0u);
   EXPECT_TRUE(Ovo::NetU16(7) == Ovo::NetU16(7));
   EXPECT_FALSE(Ovo::NetU16(7) == Ovo::NetU16(0x0700));
-}
 
-TEST(NetInt, OverlaysUnalignedPacketOctets) {
   // One spare octet first, so the header starts at an odd address.
   uint8_t buf[11] = {0xFF, 0x00, 0x01, 0x00, 0x0E, 10, 0, 0, 1, 0x00, 0x00};
   auto* h = reinterpret_cast<PduHeader*>(buf + 1);
@@ -86,9 +81,7 @@ TEST(NetInt, OverlaysUnalignedPacketOctets) {
   EXPECT_EQ(buf[0], 0xFF);
 }
 
-// ---------------------------------------------------------------- Pkt
-
-TEST(Pkt, OwnsACopyOfTheOctets) {
+TEST(Pkt, OwnsACountedCopyOfTheOctets) {
   uint8_t src[5] = {1, 2, 3, 4, 5};
   Zel::Ptr<Ovo::Pkt> p = Ovo::pktFactory(src, sizeof src);
   src[0] = 99;
@@ -100,60 +93,33 @@ TEST(Pkt, OwnsACopyOfTheOctets) {
   EXPECT_EQ(c.front()[1], 42);
   // The octets follow the object in the same allocation.
   EXPECT_EQ(c.front(), reinterpret_cast<const uint8_t*>(p.ptr()) + sizeof(Ovo::Pkt));
-}
-
-TEST(Pkt, IsReferenceCounted) {
-  Zel::Ptr<Ovo::Pkt> p = Ovo::pktFactory("abc", 3);
-  EXPECT_EQ(p->references(), 1u);
   {
     Zel::Ptr<Ovo::Pkt> q = p;
     EXPECT_EQ(p->references(), 2u);
   }
   EXPECT_EQ(p->references(), 1u);
-  Zel::Ptr<Ovo::Pkt> empty = Ovo::pktFactory(nullptr, 0);
-  EXPECT_EQ(empty->frontBytes(), 0u);
+  EXPECT_EQ(Ovo::pktFactory(nullptr, 0)->frontBytes(), 0u);
 }
 
-// ---------------------------------------------------------------- IpAddr
-
-TEST(IpAddr, Forms) {
+TEST(IpAddr, FormsRefusalsOrderHashAndLog) {
   expectForm(IpAddr(), "0.0.0.0");
-  expectForm(IpAddr(0x0A000001), "10.0.0.1");
   expectForm(IpAddr(0xC0A80AFE), "192.168.10.254");
   expectForm(IpAddr(0xFFFFFFFF), "255.255.255.255");
   EXPECT_TRUE(!IpAddr());
   EXPECT_FALSE(!IpAddr(1));
-  std::ostringstream os;
-  os << IpAddr(0x7F000001);
-  EXPECT_EQ(os.str(), "127.0.0.1");
-}
-
-TEST(IpAddr, StopsAfterTheFourthOctet) {
-  expectStops<IpAddr>("10.0.0.1/8", "10.0.0.1", "/8");
+  EXPECT_EQ(streamed(IpAddr(0x7F000001)), "127.0.0.1");
   expectStops<IpAddr>("1.2.3.4.5", "1.2.3.4", ".5");
   expectStops<IpAddr>("1.2.3.4a", "1.2.3.4", "a");
-  expectStops<IpAddr>("1.2.3.4:646", "1.2.3.4", ":646");
-}
-
-TEST(IpAddr, RefusesBadTexts) {
-  const IpAddr keep(0x01020304);
-  for (const char* bad :
-       {"", "1.2.3", "1.2.3.", "1.2.3.256", "1.2.3.4444", "256.0.0.0", "01.2.3.4", "1.2.3.00",
-        "+1.2.3.4", "-1.2.3.4", "1.-2.3.4", "1..2.3", ".1.2.3.4", "a.b.c.d", " 1.2.3.4", "1 .2.3.4",
-        "0x1.2.3.4", "99999999999999999999999.1.1.1"}) {
-    expectRefused(bad, "Invalid IpAddr", keep);
+  for (const char* bad : {"", "1.2.3", "1.2.3.", "1.2.3.256", "1.2.3.4444", "01.2.3.4", "1.2.3.00",
+                          "+1.2.3.4", "1..2.3", " 1.2.3.4", "99999999999999999999999.1.1.1"}) {
+    expectRefused(bad, "Invalid IpAddr", IpAddr(0x01020304));
   }
-}
-
-TEST(IpAddr, OrderHashAndLog) {
   expectOrdered<IpAddr>(
       {IpAddr(), IpAddr(1), IpAddr(0x0A000001), IpAddr(0x0B000000), IpAddr(0xFFFFFFFF)});
   expectLogged(IpAddr(0x0A000001), {10, 0, 0, 1});
 }
 
-// ---------------------------------------------------------------- IpGenAddr
-
-TEST(IpGenAddr, Families) {
+TEST(IpGenAddr, FamiliesAndTheIpv6View) {
   IpGenAddr none;
   EXPECT_EQ(none.family(), IpGenAddr::Family::unset);
   EXPECT_TRUE(!none);
@@ -172,12 +138,9 @@ TEST(IpGenAddr, Families) {
   EXPECT_EQ(b.v6Octets(), o);
   EXPECT_EQ(b.bitLength(), 128u);
   EXPECT_EQ(b.stringValue(), "2001:db8::1");
-}
 
-TEST(IpGenAddr, TakenAsV6) {
-  IpGenAddr a = v4("10.0.0.1");
+  // An IPv4 address taken as IPv6 is its IPv4-mapped form.
   IpGenAddr mapped = v6("::ffff:10.0.0.1");
-  EXPECT_TRUE(mapped.isV6());
   EXPECT_TRUE(mapped.isV4Mapped());
   EXPECT_FALSE(a.isV4Mapped());
   EXPECT_NE(a, mapped);  // the family is part of the value
@@ -186,27 +149,18 @@ TEST(IpGenAddr, TakenAsV6) {
   EXPECT_EQ(a.hashAsV6(), mapped.hash());
   EXPECT_EQ(a.hashAsV6(), mapped.hashAsV6());
   EXPECT_NE(a.hash(), mapped.hash());
-  EXPECT_EQ(v6("2001:db8::1").asV6(), v6("2001:db8::1"));
-  EXPECT_EQ(IpGenAddr().asV6(), IpGenAddr());
+  EXPECT_EQ(b.asV6(), b);
+  EXPECT_EQ(none.asV6(), none);
 }
 
-TEST(IpGenAddr, Forms) {
+// RFC 5952: what each spelling prints as; the printed form reads back.
+TEST(IpGenAddr, FormsAndWhereParsingStops) {
   expectForm(IpGenAddr(), "none");
   expectForm(IpGenAddr(IpAddr()), "0.0.0.0");
   expectForm(IpGenAddr(IpAddr(0x0A000001)), "10.0.0.1");
-  expectForm(IpGenAddr(IpGenAddr::Octets{}), "::");
-  for (const char* canonical :
-       {"::1", "1::", "2001:db8::1", "2001:db8:0:1:1:1:1:1", "2001:0:0:1::1", "2001:db8::1:0:0:1",
-        "fe80::1:0:0:0", "1:2:3:4:5:6:7:8", "1:2:3:4:5:6:7:0", "0:2:3:4:5:6:7:8",
-        "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", "::ffff:10.0.0.1", "::ffff:0.0.0.0", "::102:304",
-        "::fffe:a00:1", "1::ffff:a00:1", "64:ff9b::a00:1"}) {
-    expectForm(v6(canonical), canonical);
-  }
-}
-
-// RFC 5952: what other spellings of an address print as.
-TEST(IpGenAddr, PrintsCanonicalIpv6) {
   const std::pair<const char*, const char*> cases[] = {
+      {"0:0:0:0:0:0:0:0", "::"},
+      {"0:0:0:0:0:0:0:1", "::1"},
       {"2001:0db8:0000:0000:0000:0000:0000:0001", "2001:db8::1"},  // leading zeros dropped
       {"2001:DB8::A", "2001:db8::a"},                              // lower case
       {"2001:db8:0:0:1:0:0:1", "2001:db8::1:0:0:1"},               // first of equal runs
@@ -214,21 +168,25 @@ TEST(IpGenAddr, PrintsCanonicalIpv6) {
       {"2001:db8::1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},             // one zero group: no "::"
       {"1:2:3:4:5:6:7::", "1:2:3:4:5:6:7:0"},
       {"::2:3:4:5:6:7:8", "0:2:3:4:5:6:7:8"},
-      {"0:0:0:0:0:0:0:0", "::"},
-      {"0:0:0:0:0:0:0:1", "::1"},
+      {"fe80:0:0:0:1::", "fe80::1:0:0:0"},
+      {"1:0:0:0:0:0:0:0", "1::"},
       {"::1.2.3.4", "::102:304"},                      // IPv4-compatible: all hex
       {"1:2:3:4:5:6:1.2.3.4", "1:2:3:4:5:6:102:304"},  // trailing quad read
       {"::ffff:a00:1", "::ffff:10.0.0.1"},             // IPv4-mapped: dotted quad
-      {"0:0:0:0:0:FFFF:10.0.0.1", "::ffff:10.0.0.1"},
+      {"0:0:0:0:0:FFFF:0.0.0.0", "::ffff:0.0.0.0"},
+      {"FFFF:ffff:ffff:ffff:ffff:ffff:ffff:ffff", "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
   };
   for (auto [text, canonical] : cases) {
     EXPECT_EQ(v6(text).stringValue(), canonical) << text;
+    expectForm(v6(canonical), canonical);
   }
-}
+  // Nearly IPv4-mapped addresses print in hex.
+  for (const char* canonical :
+       {"1:2:3:4:5:6:7:8", "::fffe:a00:1", "1::ffff:a00:1", "64:ff9b::a00:1"}) {
+    expectForm(v6(canonical), canonical);
+  }
 
-TEST(IpGenAddr, StopsAtTheEndOfTheAddress) {
   expectStops<IpGenAddr>("2001:db8::/32", "2001:db8::", "/32");
-  expectStops<IpGenAddr>("::_", "::", "_");
   expectStops<IpGenAddr>("1::g", "1::", "g");
   expectStops<IpGenAddr>("1:2:3:4:5:6:7:8/64", "1:2:3:4:5:6:7:8", "/64");
   expectStops<IpGenAddr>("::ffff:1.2.3.4:5", "::ffff:1.2.3.4", ":5");  // nothing follows a quad
@@ -236,19 +194,15 @@ TEST(IpGenAddr, StopsAtTheEndOfTheAddress) {
   expectStops<IpGenAddr>("none/0", "none", "/0");
 }
 
-TEST(IpGenAddr, RefusesBadTexts) {
-  const IpGenAddr keep = v4("1.2.3.4");
+TEST(IpGenAddr, RefusalsOrderHashAndLog) {
   for (const char* bad : {"",
                           "nope",
-                          "x",
                           ":",
                           ":1",
                           "1:",
                           "1:_",
                           "1:::2",
-                          ":::",
                           "1::2::3",
-                          "::1::",
                           "12345::",
                           "g::",
                           "1:2:3:4:5:6:7",
@@ -259,17 +213,11 @@ TEST(IpGenAddr, RefusesBadTexts) {
                           "::1.2.3",
                           "::256.0.0.1",
                           "::01.2.3.4",
-                          "::ab.1.2.3",
-                          "1.2.3",
                           "1.2.3.256",
-                          "01.2.3.4",
-                          "-1.2.3.4",
-                          "abcd"}) {
-    expectRefused(bad, "Invalid IpGenAddr", keep);
+                          "-1.2.3.4"}) {
+    expectRefused(bad, "Invalid IpGenAddr", v4("1.2.3.4"));
   }
-}
 
-TEST(IpGenAddr, OrderHashAndLog) {
   expectOrdered<IpGenAddr>({IpGenAddr(), v4("0.0.0.0"), v4("10.0.0.1"), v4("255.255.255.255"),
                             v6("::"), v6("::1"), v6("::ffff:0.0.0.0"), v6("2001:db8::"),
                             v6("ffff::")});
@@ -280,9 +228,7 @@ TEST(IpGenAddr, OrderHashAndLog) {
   expectLogRefused<IpGenAddr>({6, 1, 2, 3}, "NboAttrLog::In: record truncated", v4("1.2.3.4"));
 }
 
-// ---------------------------------------------------------------- IpAddrWithMask
-
-TEST(IpAddrWithMask, KeepsTheHostBits) {
+TEST(IpAddrWithMask, KeepsTheHostBitsFormsRefusalsOrderAndLog) {
   IpAddrWithMask m(IpAddr(0x0A000001), 24);
   EXPECT_EQ(m.address(), IpAddr(0x0A000001));
   EXPECT_EQ(m.len(), 24u);
@@ -292,26 +238,17 @@ TEST(IpAddrWithMask, KeepsTheHostBits) {
   EXPECT_EQ(IpAddrWithMask(IpAddr(1), 32).mask(), IpAddr(0xFFFFFFFF));
   EXPECT_TRUE(!IpAddrWithMask());
   EXPECT_FALSE(!m);
-}
 
-TEST(IpAddrWithMask, Forms) {
   expectForm(IpAddrWithMask(), "0.0.0.0/0");
   expectForm(IpAddrWithMask(IpAddr(0x0A000001), 24), "10.0.0.1/24");
   expectForm(IpAddrWithMask(IpAddr(0xFFFFFFFF), 32), "255.255.255.255/32");
   expectStops<IpAddrWithMask>("10.0.0.1/24/8", "10.0.0.1/24", "/8");
   EXPECT_EQ(parsed<IpAddrWithMask>("10.0.0.1/024"), IpAddrWithMask(IpAddr(0x0A000001), 24));
-}
-
-TEST(IpAddrWithMask, Refusals) {
-  const IpAddrWithMask keep(IpAddr(0x01020304), 8);
   for (const char* bad : {"", "10.0.0.1", "10.0.0.1/", "10.0.0.1/33", "10.0.0.1/-1", "10.0.0.1/+8",
                           "/8", "10.0.0/8", "10.0.0.1 /8", "::/0"}) {
-    expectRefused(bad, "Invalid IpAddrWithMask", keep);
+    expectRefused(bad, "Invalid IpAddrWithMask", IpAddrWithMask(IpAddr(0x01020304), 8));
   }
   expectRangeError([] { IpAddrWithMask(IpAddr(), 33); }, "Invalid IpAddrWithMask");
-}
-
-TEST(IpAddrWithMask, OrderHashAndLog) {
   expectOrdered<IpAddrWithMask>(
       {IpAddrWithMask(), IpAddrWithMask(IpAddr(0), 8), IpAddrWithMask(IpAddr(0x0A000000), 8),
        IpAddrWithMask(IpAddr(0x0A000000), 24), IpAddrWithMask(IpAddr(0x0A000001), 8)});
@@ -320,9 +257,7 @@ TEST(IpAddrWithMask, OrderHashAndLog) {
                                    IpAddrWithMask(IpAddr(1), 1));
 }
 
-// ---------------------------------------------------------------- IpGenPrefix
-
-TEST(IpGenPrefix, ClearsTheHostBits) {
+TEST(IpGenPrefix, ClearsTheHostBitsFormsRefusalsOrderAndLog) {
   IpGenPrefix p(v4("10.1.2.3"), 8);
   EXPECT_EQ(p.address(), v4("10.0.0.0"));
   EXPECT_EQ(p.len(), 8u);
@@ -334,32 +269,22 @@ TEST(IpGenPrefix, ClearsTheHostBits) {
   EXPECT_EQ(parsed<IpGenPrefix>("10.1.2.3/8"), p);
   EXPECT_TRUE(!IpGenPrefix());
   EXPECT_FALSE(!IpGenPrefix(v4("0.0.0.0"), 0));  // 0.0.0.0/0 is a real prefix
-}
 
-TEST(IpGenPrefix, Forms) {
   expectForm(IpGenPrefix(), "none");
-  for (const char* canonical : {"0.0.0.0/0", "10.0.0.0/8", "10.0.0.1/32", "::/0", "2001:db8::/32",
-                                "2001:db8::1/128", "::ffff:10.0.0.0/104"}) {
+  for (const char* canonical :
+       {"0.0.0.0/0", "10.0.0.1/32", "::/0", "2001:db8::1/128", "::ffff:10.0.0.0/104"}) {
     expectForm(parsed<IpGenPrefix>(canonical), canonical);
   }
   expectStops<IpGenPrefix>("10.0.0.0/8/9", "10.0.0.0/8", "/9");
   expectStops<IpGenPrefix>("none/0", "none", "/0");
-}
-
-TEST(IpGenPrefix, Refusals) {
-  const IpGenPrefix keep(v4("1.0.0.0"), 8);
   for (const char* bad : {"", "10.0.0.0", "10.0.0.0/", "10.0.0.0/33", "10.0.0.0/-1", "10.0.0.0/x",
-                          "2001:db8::/129", "2001:db8::", "1.2.3/8", "1::2::3/8", "/8",
-                          "99999999999/8", "10.0.0.0/99999999999999999999999"}) {
-    expectRefused(bad, "Invalid IpGenPrefix", keep);
+                          "2001:db8::/129", "1.2.3/8", "/8", "10.0.0.0/99999999999999999999999"}) {
+    expectRefused(bad, "Invalid IpGenPrefix", IpGenPrefix(v4("1.0.0.0"), 8));
   }
   expectRangeError([] { IpGenPrefix(v4("10.0.0.0"), 33); }, "Invalid IpGenPrefix");
   expectRangeError([] { IpGenPrefix(v6("::"), 129); }, "Invalid IpGenPrefix");
   expectRangeError([] { IpGenPrefix(IpGenAddr(), 1); }, "Invalid IpGenPrefix");
   EXPECT_EQ(IpGenPrefix(IpGenAddr(), 0), IpGenPrefix());
-}
-
-TEST(IpGenPrefix, OrderHashAndLog) {
   expectOrdered<IpGenPrefix>({IpGenPrefix(), parsed<IpGenPrefix>("0.0.0.0/0"),
                               parsed<IpGenPrefix>("10.0.0.0/8"), parsed<IpGenPrefix>("10.0.0.0/16"),
                               parsed<IpGenPrefix>("11.0.0.0/8"), parsed<IpGenPrefix>("::/0"),
@@ -372,53 +297,35 @@ TEST(IpGenPrefix, OrderHashAndLog) {
   expectLogRefused<IpGenPrefix>({0, 1}, "Invalid IpGenPrefix", IpGenPrefix());
 }
 
-// ---------------------------------------------------------------- IntfId
-
-TEST(IntfId, Forms) {
+TEST(IntfId, FormsRefusalsOrderHashAndLog) {
   expectForm(IntfId(), "");
-  for (const char* name : {"Ethernet1", "Ethernet1/1.100", "Port-Channel10", "Vlan10",
-                           "Management1", "Ethernet3/1:2"}) {
+  for (const char* name : {"Ethernet1/1.100", "Port-Channel10", "Ethernet3/1:2"}) {
     expectForm(IntfId(name), name);
     EXPECT_EQ(IntfId(name).stringValue(), name);
   }
   EXPECT_TRUE(!IntfId());
   EXPECT_FALSE(!IntfId("Vlan10"));
   EXPECT_EQ(IntfId().hash(), 0u);
-}
-
-TEST(IntfId, ReadsTheLongestRunOfNameCharacters) {
-  expectStops<IntfId>("Ethernet1_Vlan10", "Ethernet1", "_Vlan10");
-  expectStops<IntfId>("Ethernet1,", "Ethernet1", ",");
-  expectStops<IntfId>("Ethernet1}", "Ethernet1", "}");
-  expectStops<IntfId>("Ethernet1 up", "Ethernet1", " up");
+  // The parser reads the longest run of name characters, possibly empty.
   expectStops<IntfId>("Ethernet1'", "Ethernet1", "'");
   expectStops<IntfId>("Ethernet1\"", "Ethernet1", "\"");
-  expectStops<IntfId>("_Ethernet1", "", "_Ethernet1");  // an empty run is the empty id
-}
-
-TEST(IntfId, RefusesNamesOutsideTheCharacterSet) {
+  expectStops<IntfId>("_Ethernet1", "", "_Ethernet1");
   for (const char* bad : {"Ethernet 1", "Eth_1", "Eth,1", "Eth}1", "Eth'1", "Eth\"1"}) {
     expectRangeError([&] { IntfId{Zel::String(bad)}; }, "Invalid IntfId");
   }
   Zel::NboAttrLog::Out o;
   o.putString("Eth_1");
-  std::vector<uint8_t> octets = o.bytes();
-  expectLogRefused<IntfId>(octets, "Invalid IntfId", IntfId("Vlan1"));
-}
-
-TEST(IntfId, OrderHashAndLog) {
+  expectLogRefused<IntfId>(o.bytes(), "Invalid IntfId", IntfId("Vlan1"));
   expectOrdered<IntfId>({IntfId(), IntfId("Ethernet1"), IntfId("Ethernet1/1"), IntfId("Ethernet10"),
                          IntfId("Ethernet2"), IntfId("Vlan10")});
   expectLogged(IntfId("Vlan10"), {0, 0, 0, 6, 'V', 'l', 'a', 'n', '1', '0'});
   expectLogged(IntfId(), {0, 0, 0, 0});
 }
 
-// ---------------------------------------------------------------- MplsLabel
-
 constexpr const char* kLabelRange =
     "MplsLabel::value < MplsLabel::min or > MplsLabel::luWithdraw not allowed";
 
-TEST(MplsLabel, Constants) {
+TEST(MplsLabel, ConstantsRangeFormsOrderHashAndLog) {
   EXPECT_EQ(MplsLabel::min, 0u);
   EXPECT_EQ(MplsLabel::max, 0xFFFFFu);
   EXPECT_EQ(MplsLabel::noLabel, 1048576u);
@@ -427,22 +334,16 @@ TEST(MplsLabel, Constants) {
   EXPECT_EQ(MplsLabel().value(), MplsLabel::noLabel);
   EXPECT_TRUE(!MplsLabel());
   EXPECT_FALSE(!MplsLabel(0));
-}
 
-TEST(MplsLabel, RefusesValuesAboveLuWithdraw) {
   MplsLabel l(16);
   l.valueIs(MplsLabel::luWithdraw);
   EXPECT_EQ(l.value(), 0x800000u);
   l.valueIs(16);
   expectRangeError([&] { l.valueIs(0x800001); }, kLabelRange);
   EXPECT_EQ(l.value(), 16u);
-  expectRangeError([&] { l.valueIs(0xFFFFFFFF); }, kLabelRange);
-  EXPECT_EQ(l.value(), 16u);
   expectRangeError([] { MplsLabel(0x800001); }, kLabelRange);
   EXPECT_EQ(MplsLabel(0x7FFFFF).value(), 0x7FFFFFu);  // beyond max, below luWithdraw: kept
-}
 
-TEST(MplsLabel, Forms) {
   expectForm(MplsLabel(), "1048576");
   expectForm(MplsLabel(0), "0");
   expectForm(MplsLabel(16), "16");
@@ -450,14 +351,10 @@ TEST(MplsLabel, Forms) {
   expectForm(MplsLabel(MplsLabel::luWithdraw), "8388608");
   EXPECT_EQ(parsed<MplsLabel>("0016"), MplsLabel(16));
   expectRefused("8388609", kLabelRange, MplsLabel(3));
-  expectRefused("4294967296", kLabelRange, MplsLabel(3));
   expectRefused("99999999999999999999999", kLabelRange, MplsLabel(3));
   for (const char* bad : {"", "-1", "+1", "x", " 1"}) {
     expectRefused(bad, "Invalid MplsLabel", MplsLabel(3));
   }
-}
-
-TEST(MplsLabel, OrderHashAndLog) {
   expectOrdered<MplsLabel>({MplsLabel(0), MplsLabel(3), MplsLabel(16), MplsLabel(MplsLabel::max),
                             MplsLabel(), MplsLabel(MplsLabel::luWithdraw)});
   expectLogged(MplsLabel(16), {0, 0, 0, 16});
@@ -465,8 +362,6 @@ TEST(MplsLabel, OrderHashAndLog) {
   expectLogged(MplsLabel(MplsLabel::luWithdraw), {0, 0x80, 0, 0});
   expectLogRefused<MplsLabel>({0, 0x80, 0, 1}, kLabelRange, MplsLabel(16));
 }
-
-// ---------------------------------------------------------------- Port
 
 TEST(Port, FormsOrderHashAndLog) {
   expectForm(Port(), "0");

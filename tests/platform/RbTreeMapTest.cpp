@@ -18,18 +18,13 @@ namespace {
 using Zel::RbTreeMap;
 using Zel::String;
 
-TEST(RbTreeMapBasics, EmptyMap) {
-  RbTreeMap<int, int> m;
+TEST(RbTreeMapBasics, InsertFindErase) {
+  RbTreeMap<int, String> m;
   EXPECT_TRUE(m.empty());
-  EXPECT_EQ(m.size(), 0u);
   EXPECT_EQ(m.find(1), nullptr);
   EXPECT_FALSE(m.erase(1));
   EXPECT_EQ(m.begin(), m.end());
   EXPECT_EQ(m.findGreaterOrEqual(0), m.end());
-}
-
-TEST(RbTreeMapBasics, InsertFindErase) {
-  RbTreeMap<int, String> m;
   auto [v, inserted] = m.insert(3, String("three"));
   EXPECT_TRUE(inserted);
   EXPECT_EQ(*v, "three");
@@ -52,7 +47,7 @@ TEST(RbTreeMapBasics, InsertFindErase) {
   EXPECT_TRUE(m.empty());
 }
 
-TEST(RbTreeMapIteration, AscendingKeyOrderWithKeyAndValue) {
+TEST(RbTreeMapIteration, KeyOrderWithKeyAndValue) {
   RbTreeMap<int, int> m;
   for (int k : {5, 1, 9, 3, 7}) m.insert(k, k * 10);
   std::vector<int> keys;
@@ -70,17 +65,15 @@ TEST(RbTreeMapIteration, AscendingKeyOrderWithKeyAndValue) {
   static_assert(std::bidirectional_iterator<RbTreeMap<int, int>::const_iterator>);
   RbTreeMap<int, int>::const_iterator last = std::prev(cm.end());
   EXPECT_EQ(last->key, 9);
-}
 
-TEST(RbTreeMapIteration, CustomOrder) {
-  RbTreeMap<int, int, std::greater<int>> m;
-  for (int k = 0; k < 5; ++k) m.insert(k, k);
-  std::vector<int> keys;
-  for (const auto& e : m) keys.push_back(e.key);
+  RbTreeMap<int, int, std::greater<int>> descending;
+  for (int k = 0; k < 5; ++k) descending.insert(k, k);
+  keys.clear();
+  for (const auto& e : descending) keys.push_back(e.key);
   EXPECT_EQ(keys, (std::vector<int>{4, 3, 2, 1, 0}));
 }
 
-TEST(RbTreeMapIteration, FindGreaterOrEqual) {
+TEST(RbTreeMapIteration, FindGreaterOrEqualAndEraseByIterator) {
   RbTreeMap<int, int> m;
   for (int k = 10; k <= 50; k += 10) m.insert(k, k);
   EXPECT_EQ(m.findGreaterOrEqual(30)->key, 30);
@@ -93,10 +86,8 @@ TEST(RbTreeMapIteration, FindGreaterOrEqual) {
   std::vector<int> rest;
   for (auto it = m.findGreaterOrEqual(25); it != m.end(); ++it) rest.push_back(it->key);
   EXPECT_EQ(rest, (std::vector<int>{30, 40, 50}));
-}
 
-TEST(RbTreeMapIteration, EraseByIteratorReturnsTheNext) {
-  RbTreeMap<int, int> m;
+  // Erasing by iterator returns the next.
   for (int k = 0; k < 10; ++k) m.insert(k, k);
   for (auto it = m.begin(); it != m.end();) {
     if (it->key % 2 == 0) {

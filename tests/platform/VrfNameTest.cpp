@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/l3/VrfName.h"
-#include "tests/platform/ValueTypeChecks.h"
+#include "tests/support/ValueChecks.h"
 
 using namespace LdpTest;
 using L3::VrfName;
@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kTooLong = "VrfName::bytes > VrfName::maxLength not allowed";
 
-TEST(VrfName, BareStringValueQuotedForm) {
+TEST(VrfName, BareStringValueQuotedFormOrderAndLog) {
   VrfName red = "red";  // implicit from const char*
   EXPECT_EQ(red.stringValue(), "red");
   EXPECT_EQ(red.value(), "red");
@@ -46,15 +46,11 @@ TEST(VrfName, HundredBytesAcceptedHundredAndOneRefused) {
   o.putString(Zel::String(s101));
   std::vector<uint8_t> octets = o.bytes();
   expectLogRefused(octets, kTooLong, VrfName("blue"));
-}
 
-TEST(VrfName, RefusesUnquotedTexts) {
   for (const char* bad : {"", "red", "'red", "'\\q'"}) {
     expectRefused(bad, "Invalid string", VrfName("blue"));
   }
-}
 
-TEST(VrfName, OrderHashAndLog) {
   expectOrdered<VrfName>(
       {VrfName(), VrfName("blue"), VrfName("default"), VrfName("red"), VrfName("red2")});
   expectLogged(VrfName("red"), {0, 0, 0, 3, 'r', 'e', 'd'});
