@@ -21,4 +21,8 @@ void sequenceToValue(Zel::StrIt& it, const Zel::StrIt& end, LdpP2mpFecGenericOpa
   it = p;
 }
 
+Zel::String LdpP2mpFecElement::stringValue() const {
+  return rootIp_.stringValue() + "_" + opaqueStr_.view();
+}
+
 }  // namespace Ldp

@@ -12,6 +12,7 @@
 #include "model/LdpProtoParam.h"
 #include "parse/LdpTlvParser.h"
 #include "platform/mpls/FwdEqvClass.h"
+#include "platform/zel/SmallVec.h"
 #include "pw/PwTypes.h"
 
 namespace Ldp {
@@ -109,16 +110,17 @@ class LdpFecTlvParser : public LdpTlvParser {
   bool hasWildcardFecElement_ = false;
   LdpStatusCode statusCode_ = success_;
   Zel::String reason_;
-  // Storage of fecElement: chosen by the implementation (see LdpFecTlvParser.cpp).
-  struct Elements;
-  Elements* elements_ = nullptr;
+  // The elements, each entry holding one reference. The usual one or two fit in the
+  // parser itself; parseElements() sizes the one buffer that more of them need.
+  Zel::SmallIndexColl<const LdpFecTlvElement*, 2> fecElement_;
 };
 
 Zel::Ptr<LdpFecTlvParser> ldpFecTlvParserFactory(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset,
                                                  const Zel::Ptr<const LdpProtoParam>& protoParam);
 
 // Parse one element from `cursor` (a packet offset) up to `end`, advance cursor past
-// it, and return the verdict; failures also set the parser's reason.
+// it, and return the verdict; failures also set the parser's reason. A P2MP element
+// is its FEC TLV's only element: its opaque values must end exactly at `end`.
 LdpStatusCode parseFecTlvP2mpElement(LdpFecTlvParser* parser, uint32_t& cursor, uint32_t end,
                                      LdpFecTlvP2mpElement& element);
 LdpStatusCode parseFecTlvPwIdElement(LdpFecTlvParser* parser, uint32_t& cursor, uint32_t end,

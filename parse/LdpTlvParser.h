@@ -38,3 +38,6 @@ class LdpTlvParser : public Zel::PtrInterface {
 Zel::Ptr<LdpTlvParser> ldpTlvParserFactory(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset);
 
 }  // namespace Ldp
+
+// The typed parsers built on this base, so that this one header gives them all.
+#include "parse/LdpTlvParsers.h"

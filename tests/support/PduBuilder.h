@@ -12,7 +12,10 @@
 // tlvLength() replace the computed value; raw() appends octets wherever the chain
 // is; truncateTo() cuts the result. PduBuilder::bare() builds elements with no PDU
 // header (a TLV group on its own). Helpers for particular TLVs build their value
-// octets and pass them to tlv().
+// octets and pass them to tlv(); the FEC element helpers below build the elements
+// of fec():
+//
+//   .fec({prefixElement(1, 24, {10, 1, 2}), hostElement(1, {10, 0, 0, 1})})
 
 #include <cstddef>
 #include <cstdint>
@@ -55,6 +58,28 @@ class PduBuilder {
   // Keeps only the first `n` octets of the result.
   PduBuilder& truncateTo(size_t n);
 
+  // TLVs with their value fields spelled out (RFC 5036, 3479, 4447, 5561).
+  PduBuilder& commonHello(uint16_t holdTime, bool targeted = false, bool requestTargeted = false);
+  PduBuilder& ipv4Transport(uint32_t addr);
+  PduBuilder& ipv6Transport(const std::vector<uint8_t>& addr16);
+  PduBuilder& configSeqNum(uint32_t n);
+  // Protocol version 1; A and D bits; the receiver's LDP identifier.
+  PduBuilder& sessionParams(uint16_t keepAlive, bool onDemand, bool loopDetect, uint8_t pvLimit,
+                            uint16_t maxPdu, const Ldp::LdpIdentifier& receiver);
+  PduBuilder& ftSession(uint16_t flags, uint32_t reconnectMs, uint32_t recoveryMs);
+  // A capability parameter TLV with the U bit set: the S bit octet, then `data`.
+  PduBuilder& capability(uint32_t type, bool state, const std::vector<uint8_t>& data = {});
+  PduBuilder& ipv4AddressList(const std::vector<uint32_t>& addrs);
+  PduBuilder& genLabel(uint32_t label);
+  PduBuilder& labelReqMsgId(uint32_t id);
+  PduBuilder& hopCount(uint8_t count);
+  PduBuilder& pathVector(const std::vector<uint32_t>& lsrIds);
+  // A Status TLV: the status word (E, F and code bits), message id and type.
+  PduBuilder& status(uint32_t word, uint32_t msgId = 0, uint16_t msgType = 0);
+  PduBuilder& pwStatus(uint32_t word);
+  // A FEC TLV of the elements given (see the element helpers below).
+  PduBuilder& fec(const std::vector<std::vector<uint8_t>>& elements);
+
   // The octets: an open message is closed as end() would.
   std::vector<uint8_t> bytes() const;
   // A packet of `lead` octets of 0xEE followed by bytes(): the PDU at offset `lead`.
@@ -75,5 +100,26 @@ class PduBuilder {
   std::optional<size_t> lastTlv_;
   std::optional<size_t> truncateTo_;
 };
+
+// FEC elements for fec(), with every field given: `family` is the wire number (1
+// IPv4, 2 IPv6); a length field counts the octets given unless it is overridden.
+std::vector<uint8_t> prefixElement(uint16_t family, uint8_t preLen,
+                                   const std::vector<uint8_t>& octets);
+std::vector<uint8_t> hostElement(uint16_t family, const std::vector<uint8_t>& addr);
+std::vector<uint8_t> p2mpElement(uint16_t family, const std::vector<uint8_t>& root,
+                                 const std::vector<uint8_t>& opaque,
+                                 std::optional<uint16_t> opaqueLength = std::nullopt);
+// A P2MP opaque value: the generic LSP identifier `id` (type 1, length 4).
+std::vector<uint8_t> genericLspId(uint32_t id);
+
+// The octets of FEC elements, for PduBuilder::fec().
+std::vector<uint8_t> wildcardFec();
+std::vector<uint8_t> ipv4PrefixFec(uint32_t prefix, uint8_t bits);
+std::vector<uint8_t> ipv4HostFec(uint32_t addr);
+// A PW id element; no pwId gives a PW info length of 0 (the whole group).
+std::vector<uint8_t> pwIdFec(uint16_t pwType, uint32_t groupId, std::optional<uint32_t> pwId,
+                             const std::vector<uint8_t>& intfParams = {});
+// A P2MP element with an IPv4 root and one generic LSP identifier opaque value.
+std::vector<uint8_t> p2mpFec(uint32_t root, uint32_t lspId);
 
 }  // namespace LdpTest
