@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "parse/LdpMsgForm.h"
+#include "parse/LdpMsgParser.h"
 #include "platform/zel/Assert.h"
 
 namespace Ldp {
@@ -82,13 +82,12 @@ void LdpPduParser::validate() {
 Zel::String LdpPduParser::stringValue() const {
   if (!validLdpPdu()) return Zel::String("Error LDP PDU: ") + reason_.view();
   std::string out(header_->stringValue().view());
-  const uint8_t* front = pkt_->front();
   const uint32_t n = messageNum();
   for (uint32_t i = 0; i < n; ++i) {
     char index[16];
     std::snprintf(index, sizeof index, "\n%" PRIu32 ": ", i);
     out += index;
-    out += ldpMsgHdrForm(*overlay<LdpMsgHdr>(front + messageOffset(i))).view();
+    out += ldpMsgParserGet(pkt_, messageOffset(i))->stringValue().view();
   }
   out += '\n';
   return Zel::String(out);

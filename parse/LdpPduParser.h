@@ -55,8 +55,9 @@ class LdpPduParser : public Zel::PtrInterface {
   uint16_t totalLength() const { return header_->totalLength(); }
   LdpIdentifier ldpIdentifier() const { return header_->ldpId(); }
 
-  // The PDU header and every message, one per line; "Error LDP PDU: <reason>" for
-  // a PDU that failed validation.
+  // The PDU header, then each message as "\n<index>: " and the string form of its
+  // parser from ldpMsgParserGet(); "Error LDP PDU: <reason>" for a PDU that failed
+  // validation.
   Zel::String stringValue() const;
 
  protected:

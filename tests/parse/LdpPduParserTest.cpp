@@ -57,9 +57,11 @@ TEST(LdpPduParser, FindsEveryMessageOfAValidPdu) {
   EXPECT_EQ(p->tlvGroupParser()->size(), 32u);
   EXPECT_EQ(p->stringValue(),
             "LdpPduHdr: Ver(1),Len(38),LdpId: 10.0.0.1:0\n"
-            "0: LdpMsg: LdpHello, U(0), Len(12), Id(7)\n"
-            "1: LdpMsg: LdpKeepAlive, U(0), Len(4), Id(8)\n"
-            "2: LdpMsg: 16128, U(1), Len(4), Id(9)\n");
+            "0: LDP Hello Msg:\n"
+            "   Msg Id: 7,\n"
+            "   CommonHelloTlv: HT(15),0,0\n"
+            "1: LdpKeepAlive, Id: 0x00000008, numTlv: 0\n"
+            "2: Message Error: Unknown Message Type: 16128\n");
 
   // Octets after the PDU are not part of it.
   p = ldpPduParserFactory(hello().message(LdpKeepAlive_, 8).pduLength(22).pkt(), 0);
@@ -95,7 +97,7 @@ TEST(LdpPduParser, LengthFieldBounds) {
   ASSERT_TRUE(p->validLdpPdu()) << p->reason();
   EXPECT_EQ(p->stringValue(),
             "LdpPduHdr: Ver(1),Len(10),LdpId: 10.0.0.1:0\n"
-            "0: LdpMsg: LdpKeepAlive, U(0), Len(0), Id(truncated)\n");
+            "0: Message Error: MSG length field too small, length = 4\n");
 }
 
 TEST(LdpPduParser, RefusesOtherVersionsAfterTheLength) {

@@ -196,19 +196,6 @@ PduBuilder& PduBuilder::fec(const std::vector<std::vector<uint8_t>>& elements) {
 
 std::vector<uint8_t> wildcardFec() { return {0x01}; }
 
-std::vector<uint8_t> ipv4PrefixFec(uint32_t prefix, uint8_t bits) {
-  std::vector<uint8_t> v = {0x02, 0x00, 0x01, bits};
-  for (int i = 0; i < (bits + 7) / 8; ++i)
-    v.push_back(static_cast<uint8_t>(prefix >> (24 - 8 * i)));
-  return v;
-}
-
-std::vector<uint8_t> ipv4HostFec(uint32_t addr) {
-  std::vector<uint8_t> v = {0x03, 0x00, 0x01, 0x04};
-  push32(v, addr);
-  return v;
-}
-
 std::vector<uint8_t> pwIdFec(uint16_t pwType, uint32_t groupId, std::optional<uint32_t> pwId,
                              const std::vector<uint8_t>& intfParams) {
   std::vector<uint8_t> v = {0x80};
@@ -219,16 +206,6 @@ std::vector<uint8_t> pwIdFec(uint16_t pwType, uint32_t groupId, std::optional<ui
     push32(v, *pwId);
     v.insert(v.end(), intfParams.begin(), intfParams.end());
   }
-  return v;
-}
-
-std::vector<uint8_t> p2mpFec(uint32_t root, uint32_t lspId) {
-  std::vector<uint8_t> v = {0x06, 0x00, 0x01, 0x04};
-  push32(v, root);
-  push16(v, 7);    // opaque length: one opaque value of type 1, length 4
-  v.push_back(1);  // generic LSP identifier
-  push16(v, 4);
-  push32(v, lspId);
   return v;
 }
 

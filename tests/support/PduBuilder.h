@@ -112,14 +112,10 @@ std::vector<uint8_t> p2mpElement(uint16_t family, const std::vector<uint8_t>& ro
 // A P2MP opaque value: the generic LSP identifier `id` (type 1, length 4).
 std::vector<uint8_t> genericLspId(uint32_t id);
 
-// The octets of FEC elements, for PduBuilder::fec().
+// The wildcard element.
 std::vector<uint8_t> wildcardFec();
-std::vector<uint8_t> ipv4PrefixFec(uint32_t prefix, uint8_t bits);
-std::vector<uint8_t> ipv4HostFec(uint32_t addr);
 // A PW id element; no pwId gives a PW info length of 0 (the whole group).
 std::vector<uint8_t> pwIdFec(uint16_t pwType, uint32_t groupId, std::optional<uint32_t> pwId,
                              const std::vector<uint8_t>& intfParams = {});
-// A P2MP element with an IPv4 root and one generic LSP identifier opaque value.
-std::vector<uint8_t> p2mpFec(uint32_t root, uint32_t lspId);
 
 }  // namespace LdpTest
