@@ -7,6 +7,7 @@
 
 #include "core/LdpTrace.h"
 #include "platform/zel/Assert.h"
+#include "platform/zel/Format.h"
 #include "wire/LdpFecElements.h"
 
 namespace Ldp {
@@ -16,18 +17,13 @@ namespace {
 // Records a failure's text on the parser and returns its code.
 [[gnu::format(printf, 3, 4)]] LdpStatusCode failure(LdpFecTlvParser* parser, LdpStatusCode code,
                                                     const char* format, ...) {
-  char buf[160];
   va_list args;
   va_start(args, format);
-  const int n = std::vsnprintf(buf, sizeof buf, format, args);
+  parser->reasonIs(Zel::vformat(format, args));
   va_end(args);
-  const size_t len = n < 0 ? 0 : static_cast<size_t>(n);
-  parser->reasonIs(Zel::String(buf, len < sizeof buf ? len : sizeof buf - 1));
   LDP_TRACE(6, "%s", parser->reason().charPtr());
   return code;
 }
-
-unsigned familyOctets(Ovo::AddressFamily f) { return f == Ovo::AddressFamily::ipv4 ? 4 : 16; }
 
 uint16_t familyNumber(const LdpFecTlvAddrElementHdr& hdr) { return hdr.familyNbo().value(); }
 

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "platform/zel/Assert.h"
+#include "platform/zel/Format.h"
 
 namespace Ldp {
 
@@ -197,28 +198,24 @@ void LdpMsgParser::handleHeader() {
   ZEL_ASSERT(pkt_->frontBytes() >= offset_);
   const size_t frontBytes = pkt_->frontBytes();
   const size_t available = frontBytes - offset_;
-  char text[64];
   // The type comes first: a message too short to hold it is too small.
   if (available >= 2 && !knownMsgType(msgHdr_->type())) {
-    std::snprintf(text, sizeof text, "Unknown Message Type: %" PRIu32,
-                  static_cast<uint32_t>(msgHdr_->type()));
-    failureIs(msgHdr_->unknown() ? unknownMessageTypeIgnore_ : unknownMessageType_, text);
+    failureIs(
+        msgHdr_->unknown() ? unknownMessageTypeIgnore_ : unknownMessageType_,
+        Zel::format("Unknown Message Type: %" PRIu32, static_cast<uint32_t>(msgHdr_->type())));
     return;
   }
   if (available < sizeof(LdpMsgHdr)) {
-    std::snprintf(text, sizeof text, "MSG too small, size = %zu", frontBytes);
-    failureIs(malformedTlv_, text);
+    failureIs(malformedTlv_, Zel::format("MSG too small, size = %zu", frontBytes));
     return;
   }
   const uint16_t total = msgHdr_->totalLength();
   if (total > maxMsgTotalLength) {
-    std::snprintf(text, sizeof text, "MSG length field too big, length = %d", total);
-    failureIs(malformedTlv_, text);
+    failureIs(malformedTlv_, Zel::format("MSG length field too big, length = %d", total));
     return;
   }
   if (total < sizeof(LdpMsgHdr)) {
-    std::snprintf(text, sizeof text, "MSG length field too small, length = %d", total);
-    failureIs(malformedTlv_, text);
+    failureIs(malformedTlv_, Zel::format("MSG length field too small, length = %d", total));
     return;
   }
 
@@ -228,35 +225,35 @@ void LdpMsgParser::handleHeader() {
   tlvGroupParser_->sizeIs(total - static_cast<uint32_t>(sizeof(LdpMsgHdr)));
   tlvGroupParser_->parseTlvGroup();
   if (!tlvGroupParser_->valid()) {
-    failureIs(tlvGroupParser_->statusCode(), tlvGroupParser_->reason().view());
+    failureIs(tlvGroupParser_->statusCode(), tlvGroupParser_->reason());
     return;
   }
 
+  // Each offset is looked up once: as the end of the TLV before, then as its own.
   const uint32_t n = tlvNum();
   const uint32_t end = offset_ + total;
-  for (uint32_t i = 0; i < n; ++i) {
+  for (uint32_t i = 0, at = tlvOffset(0); i < n; ++i) {
     // A TLV of 1 to 3 octets (length field 0xFFFD to 0xFFFF) has no header of its
     // own: the octets the header would take belong to what follows it.
     const uint32_t next = i + 1 < n ? tlvOffset(i + 1) : end;
-    if (next - tlvOffset(i) < sizeof(LdpTlvHdr)) {
+    if (next - at < sizeof(LdpTlvHdr)) {
       failureIs(badTlvLength_, "Msg/Tlv header is corrupted");
       return;
     }
-    const LdpTlvHdr& tlv = tlvAt(i);
+    const LdpTlvHdr& tlv = *overlay<LdpTlvHdr>(pkt_->front() + at);
     const LdpStatusCode code = tlv.validateTlvHdr();
     if (code != success_ && code != unknownMessageTypeIgnore_) {
-      std::snprintf(text, sizeof text, "Unknown TLV Type: %" PRIu32,
-                    static_cast<uint32_t>(tlv.type()));
-      failureIs(code, text);
+      failureIs(code, Zel::format("Unknown TLV Type: %" PRIu32, static_cast<uint32_t>(tlv.type())));
       return;
     }
+    at = next;
   }
 }
 
 void LdpMsgParser::initializedIs(bool b) {
   if (!b || initialized_) return;
   initialized_ = true;
-  handleInitialized();
+  if (validMsg()) handleInitialized();
 }
 
 void LdpMsgParser::ldpFecTlvParserIs(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset,
@@ -276,9 +273,9 @@ Zel::String LdpMsgParser::stringValue() const {
 
 // --- Shared steps of the per-type checks
 
-void LdpMsgParser::failureIs(LdpStatusCode code, std::string_view text) {
+void LdpMsgParser::failureIs(LdpStatusCode code, const Zel::String& text) {
   statusCode_ = code;
-  reason_ = Zel::String(text);
+  reason_ = text;
 }
 
 bool LdpMsgParser::tlvNumAtLeast(uint32_t n, const char* text) {
@@ -311,15 +308,13 @@ const LdpTlvHdr& LdpMsgParser::tlvAt(uint32_t index) const {
 
 bool LdpMsgParser::lengthFits(const LdpTlvHdr& tlv, const TlvRule& rule) {
   if (lengthOk(tlv, rule.length, rule.orMore)) return true;
-  char text[96];
-  std::snprintf(text, sizeof text, rule.sizeText, tlv.length());
-  failureIs(malformedTlv_, text);
+  failureIs(malformedTlv_, Zel::format(rule.sizeText, tlv.length()));
   return false;
 }
 
 bool LdpMsgParser::validated(LdpStatusCode code, const TlvRule& rule) {
   if (code == success_) return true;
-  failureIs(code, rule.invalidText ? rule.invalidText : Ldp::stringValue(code).view());
+  failureIs(code, rule.invalidText ? Zel::String(rule.invalidText) : Ldp::stringValue(code));
   return false;
 }
 
@@ -328,7 +323,7 @@ bool LdpMsgParser::fecIs(const LdpTlvHdr& tlv, const FecRule& rule) {
   ldpFecTlvParserIs(
       pkt_, static_cast<uint32_t>(reinterpret_cast<const uint8_t*>(&tlv) - pkt_->front()), nullptr);
   if (rule.takeVerdict && !ldpFecTlvParser_->valid()) {
-    failureIs(ldpFecTlvParser_->statusCode(), ldpFecTlvParser_->reason().view());
+    failureIs(ldpFecTlvParser_->statusCode(), ldpFecTlvParser_->reason());
     return false;
   }
   if (rule.wildcardText && ldpFecTlvParser_->hasWildcardFecElement()) {
@@ -430,8 +425,7 @@ void LdpCapabilityParser::parseCapabilityTlvs() {
     if (lengthOk(tlv, 1, orMore)) {
       capabilitiesIs(tlv.type(), static_cast<const LdpCapabilityParameterTlv*>(&tlv));
     } else {
-      failureIs(malformedTlv_,
-                (Ldp::stringValue(tlv.type()) + " TLV is not the right size").view());
+      failureIs(malformedTlv_, Ldp::stringValue(tlv.type()) + " TLV is not the right size");
     }
   });
 }

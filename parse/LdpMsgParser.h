@@ -112,14 +112,15 @@ class LdpMsgParser : public Zel::PtrInterface {
 
   // The header check: type, size, length field, the TLV walk, each TLV header.
   void handleHeader();
-  // Marks the parser initialized and runs the per-type check, once.
+  // Marks the parser initialized and, when the header check passed, runs the
+  // per-type check; once.
   void initializedIs(bool b);
   virtual void handleInitialized() {}
 
   // --- Steps shared by the per-type checks; each records the failure it finds
   // and returns false.
 
-  void failureIs(LdpStatusCode code, std::string_view text);
+  void failureIs(LdpStatusCode code, const Zel::String& text);
   bool tlvNumAtLeast(uint32_t n, const char* text);
   bool tlvIndexIs(uint32_t index, uint32_t required, const char* text);
   // The TLV at `index` is of `type`.
@@ -236,22 +237,26 @@ class LdpCapabilityParser : public LdpMsgParser {
   Zel::SmallVec<Entry, 4> capabilities_;
 };
 
-#define LDP_MSG_PARSER_CLASS_COMMON(Name)               \
- public:                                                \
-  Zel::String stringValue() const override;             \
-  const Zel::ZelType* fwkType() const override;         \
-                                                        \
- protected:                                             \
-  Name(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset); \
-  ~Name() override = default;                           \
-  template <class T, class... A>                        \
-  friend Zel::Ptr<T> Zel::allocate(A&&... args);        \
-  void handleInitialized() override;                    \
-                                                        \
+// The members every derived parser declares. Its constructor runs the per-type
+// check at once: a parser is complete when its factory returns it.
+#define LDP_MSG_PARSER_CLASS_COMMON(Name, Base)                              \
+ public:                                                                     \
+  Zel::String stringValue() const override;                                  \
+  const Zel::ZelType* fwkType() const override;                              \
+                                                                             \
+ protected:                                                                  \
+  Name(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset) : Base(pkt, offset) { \
+    initializedIs(true);                                                     \
+  }                                                                          \
+  ~Name() override = default;                                                \
+  template <class T, class... A>                                             \
+  friend Zel::Ptr<T> Zel::allocate(A&&... args);                             \
+  void handleInitialized() override;                                         \
+                                                                             \
  public:
 
 class LdpNotificationMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpNotificationMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpNotificationMsgParser, LdpMsgParser)
   // Present when the status code is pwStatus.
   const LdpPwStatusTlv* msgPwStatusTlv() const { return msgPwStatusTlv_; }
 
@@ -260,7 +265,7 @@ class LdpNotificationMsgParser : public LdpMsgParser {
 };
 
 class LdpHelloMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpHelloMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpHelloMsgParser, LdpMsgParser)
   const LdpCommonHelloTlv* msgCommonHelloTlv() const { return msgCommonHelloTlv_; }
   const LdpIpTransportAddrTlv* msgIpTransportTlv() const { return msgIpTransportTlv_; }
   const LdpIp6TransportAddrTlv* msgIp6TransportTlv() const { return msgIp6TransportTlv_; }
@@ -274,7 +279,7 @@ class LdpHelloMsgParser : public LdpMsgParser {
 };
 
 class LdpInitMsgParser : public LdpCapabilityParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpInitMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpInitMsgParser, LdpCapabilityParser)
   const LdpCommonSessionParamTlv* msgSessionParamTlv() const { return msgSessionParamTlv_; }
   const LdpFtSessionTlv* msgFtSessionTlv() const { return msgFtSessionTlv_; }
 
@@ -286,11 +291,11 @@ class LdpInitMsgParser : public LdpCapabilityParser {
 // Not built by ldpMsgParserGet(): a caller that needs the capability view of a
 // Capability message builds it with ldpCapabilityMsgParserFactory().
 class LdpCapabilityMsgParser : public LdpCapabilityParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpCapabilityMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpCapabilityMsgParser, LdpCapabilityParser)
 };
 
 class LdpAddressMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpAddressMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpAddressMsgParser, LdpMsgParser)
   const LdpAddressListTlv* addressListTlv() const { return addressListTlv_; }
 
  private:
@@ -298,7 +303,7 @@ class LdpAddressMsgParser : public LdpMsgParser {
 };
 
 class LdpAddressWithdrawMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpAddressWithdrawMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpAddressWithdrawMsgParser, LdpMsgParser)
   const LdpAddressListTlv* addressListTlv() const { return addressListTlv_; }
 
  private:
@@ -306,7 +311,7 @@ class LdpAddressWithdrawMsgParser : public LdpMsgParser {
 };
 
 class LdpLabelMappingMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelMappingMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelMappingMsgParser, LdpMsgParser)
   const LdpGenLabelTlv* msgGenLabelTlv() const { return msgGenLabelTlv_; }
   const LdpLabelReqMsgIdTlv* msgReqMsgIdTlv() const { return msgReqMsgIdTlv_; }
   const LdpHopCountTlv* msgHopCountTlv() const { return msgHopCountTlv_; }
@@ -322,7 +327,7 @@ class LdpLabelMappingMsgParser : public LdpMsgParser {
 };
 
 class LdpLabelRequestMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelRequestMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelRequestMsgParser, LdpMsgParser)
   const LdpHopCountTlv* msgHopCountTlv() const { return msgHopCountTlv_; }
   const LdpPathVectorTlv* msgPathVectorTlv() const { return msgPathVectorTlv_; }
 
@@ -332,7 +337,7 @@ class LdpLabelRequestMsgParser : public LdpMsgParser {
 };
 
 class LdpLabelWithdrawMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelWithdrawMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelWithdrawMsgParser, LdpMsgParser)
   const LdpGenLabelTlv* msgGenLabelTlv() const { return msgGenLabelTlv_; }
 
  private:
@@ -342,7 +347,7 @@ class LdpLabelWithdrawMsgParser : public LdpMsgParser {
 // Accepts a FEC TLV whose elements its own parser rejects: the consumer reads the
 // verdict from ldpFecTlvParser().
 class LdpLabelReleaseMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelReleaseMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelReleaseMsgParser, LdpMsgParser)
   const LdpGenLabelTlv* msgGenLabelTlv() const { return msgGenLabelTlv_; }
 
  private:
@@ -350,7 +355,7 @@ class LdpLabelReleaseMsgParser : public LdpMsgParser {
 };
 
 class LdpLabelAbortReqMsgParser : public LdpMsgParser {
-  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelAbortReqMsgParser)
+  LDP_MSG_PARSER_CLASS_COMMON(LdpLabelAbortReqMsgParser, LdpMsgParser)
   const LdpLabelReqMsgIdTlv* msgReqMsgIdTlv() const { return msgReqMsgIdTlv_; }
 
  private:

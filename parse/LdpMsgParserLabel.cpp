@@ -50,13 +50,7 @@ Zel::Ptr<LdpLabelAbortReqMsgParser> ldpLabelAbortReqMsgParserFactory(const Zel::
 
 // --- Label Mapping
 
-LdpLabelMappingMsgParser::LdpLabelMappingMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpLabelMappingMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpLabelMapping_);
   if (!tlvNumAtLeast(2, "Message does not have at least 2 TLV")) return;
   walkTlvs([this](uint32_t i, const LdpTlvHdr& tlv) {
@@ -104,13 +98,7 @@ Zel::String LdpLabelMappingMsgParser::stringValue() const {
 
 // --- Label Request
 
-LdpLabelRequestMsgParser::LdpLabelRequestMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpLabelRequestMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpLabelRequest_);
   if (!tlvNumAtLeast(1, "Message does not have at least 1 TLV")) return;
   walkTlvs([this](uint32_t i, const LdpTlvHdr& tlv) {
@@ -160,13 +148,7 @@ void LdpMsgParser::checkLabelReturn(const FecRule& fec, const LdpGenLabelTlv*& l
   if (validMsg()) present(msgFecTlv_, missingFec);
 }
 
-LdpLabelWithdrawMsgParser::LdpLabelWithdrawMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpLabelWithdrawMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpLabelWithdraw_);
   checkLabelReturn({true, nullptr}, msgGenLabelTlv_);
 }
@@ -176,13 +158,7 @@ Zel::String LdpLabelWithdrawMsgParser::stringValue() const {
   return fecForm("LDP Label Withdraw Msg:\n").item(msgGenLabelTlv_).item(msgStatusTlv_).done();
 }
 
-LdpLabelReleaseMsgParser::LdpLabelReleaseMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpLabelReleaseMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpLabelRelease_);
   checkLabelReturn({false, nullptr}, msgGenLabelTlv_);
 }
@@ -195,13 +171,7 @@ Zel::String LdpLabelReleaseMsgParser::stringValue() const {
 
 // --- Label Abort Request
 
-LdpLabelAbortReqMsgParser::LdpLabelAbortReqMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpLabelAbortReqMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpLabelAbortReq_);
   if (!tlvNumAtLeast(2, "Message does not have at least 2 TLV")) return;
   walkTlvs([this](uint32_t i, const LdpTlvHdr& tlv) {

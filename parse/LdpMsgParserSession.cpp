@@ -59,15 +59,9 @@ Zel::Ptr<LdpAddressWithdrawMsgParser> ldpAddressWithdrawMsgParserFactory(
 
 // --- Notification
 
-LdpNotificationMsgParser::LdpNotificationMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 // Only a PW status notification (RFC 4447) has rules beyond its Status TLV: the PW
 // Status TLV second and a FEC TLV led by a PW id element third.
 void LdpNotificationMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpNotification_);
   if (!tlvNumAtLeast(1, "Missing Status TLV") ||
       !tlvTypeIs(0, statusTlv_, "1st TLV is not Status TLV") ||
@@ -82,8 +76,8 @@ void LdpNotificationMsgParser::handleInitialized() {
   }
   // The elements decide, not the FEC parser's verdict.
   fecIs(tlvAt(2), {false, nullptr});
-  if (present(ldpFecTlvParser()->fecElement(0).ptr(), "PW FEC TLV has no FEC elements") &&
-      ldpFecTlvParser()->fecElement(0)->type() != pwIdElement_) {
+  const Zel::Ptr<const LdpFecTlvElement> first = ldpFecTlvParser()->fecElement(0);
+  if (present(first.ptr(), "PW FEC TLV has no FEC elements") && first->type() != pwIdElement_) {
     failureIs(missingMessageParams_, "PW FEC TLV element is not PWID FEC element");
   }
 }
@@ -99,13 +93,7 @@ Zel::String LdpNotificationMsgParser::stringValue() const {
 
 // --- Hello
 
-LdpHelloMsgParser::LdpHelloMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpHelloMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpHello_);
   if (!tlvNumAtLeast(1, "Message has 0 TLV")) return;
   walkTlvs([this](uint32_t i, const LdpTlvHdr& tlv) {
@@ -153,13 +141,7 @@ Zel::String LdpHelloMsgParser::stringValue() const {
 
 // --- Init
 
-LdpInitMsgParser::LdpInitMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpCapabilityParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpInitMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpInit_);
   if (!tlvNumAtLeast(1, "Missing CommonSessionParam TLV")) return;
   parseCapabilityTlvs();
@@ -187,13 +169,7 @@ Zel::String LdpInitMsgParser::stringValue() const {
 
 // --- Capability
 
-LdpCapabilityMsgParser::LdpCapabilityMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpCapabilityParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpCapabilityMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpCapability_);
   parseCapabilityTlvs();
 }
@@ -218,13 +194,7 @@ void LdpMsgParser::checkAddressList(const LdpAddressListTlv*& list) {
   if (validMsg()) present(list, "Missing LdpAddressListTlv");
 }
 
-LdpAddressMsgParser::LdpAddressMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpAddressMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpAddress_);
   checkAddressList(addressListTlv_);
 }
@@ -235,14 +205,7 @@ Zel::String LdpAddressMsgParser::stringValue() const {
   return validForm("LDP Address Msg:\n").item(addressListTlv_).done();
 }
 
-LdpAddressWithdrawMsgParser::LdpAddressWithdrawMsgParser(const Zel::Ptr<Ovo::Pkt>& pkt,
-                                                         uint32_t offset)
-    : LdpMsgParser(pkt, offset) {
-  initializedIs(true);
-}
-
 void LdpAddressWithdrawMsgParser::handleInitialized() {
-  if (!validMsg()) return;
   ZEL_ASSERT(msgHdr_->type() == LdpAddressWithdraw_);
   checkAddressList(addressListTlv_);
 }

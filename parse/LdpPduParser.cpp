@@ -6,6 +6,7 @@
 
 #include "parse/LdpMsgParser.h"
 #include "platform/zel/Assert.h"
+#include "platform/zel/Format.h"
 
 namespace Ldp {
 
@@ -36,35 +37,30 @@ void LdpPduParser::handleInitialized() {
   initialized_ = true;
 }
 
-void LdpPduParser::failureIs(LdpStatusCode code, const char* text) {
+void LdpPduParser::failureIs(LdpStatusCode code, const Zel::String& text) {
   statusCode_ = code;
-  reason_ = Zel::String(text);
+  reason_ = text;
 }
 
 void LdpPduParser::validate() {
   ZEL_ASSERT(header_);
   ZEL_ASSERT(pkt_->frontBytes() >= offset_);
-  char text[64];
   const size_t frontBytes = pkt_->frontBytes();
   if (frontBytes - offset_ < minPduBytes) {
-    std::snprintf(text, sizeof text, "PDU too small, size = %zu", frontBytes);
-    failureIs(badPduLength_, text);
+    failureIs(badPduLength_, Zel::format("PDU too small, size = %zu", frontBytes));
     return;
   }
   const uint16_t total = header_->totalLength();
   if (total > maxPduTotalLength) {
-    std::snprintf(text, sizeof text, "PDU length field too big, length = %d", total);
-    failureIs(badPduLength_, text);
+    failureIs(badPduLength_, Zel::format("PDU length field too big, length = %d", total));
     return;
   }
   if (total < minPduTotalLength) {
-    std::snprintf(text, sizeof text, "PDU length field too small, length = %d", total);
-    failureIs(badPduLength_, text);
+    failureIs(badPduLength_, Zel::format("PDU length field too small, length = %d", total));
     return;
   }
   if (header_->version() != 1) {
-    std::snprintf(text, sizeof text, "LDP Version %d not supported", header_->version());
-    failureIs(badVersion_, text);
+    failureIs(badVersion_, Zel::format("LDP Version %d not supported", header_->version()));
     return;
   }
   // The messages follow the header; the length field counts the LDP identifier.

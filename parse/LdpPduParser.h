@@ -73,7 +73,7 @@ class LdpPduParser : public Zel::PtrInterface {
 
  private:
   void validate();
-  void failureIs(LdpStatusCode code, const char* text);
+  void failureIs(LdpStatusCode code, const Zel::String& text);
 
   Zel::Ptr<Ovo::Pkt> pkt_;
   uint32_t offset_;

@@ -1,25 +1,13 @@
 #include "parse/LdpPwGenMsgParser.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <string_view>
 
 #include "core/LdpTrace.h"
+#include "platform/zel/Format.h"
 
 namespace Ldp {
 
 namespace {
-
-[[gnu::format(printf, 1, 2)]] Zel::String formatted(const char* format, ...) {
-  char buf[160];
-  va_list args;
-  va_start(args, format);
-  const int n = std::vsnprintf(buf, sizeof buf, format, args);
-  va_end(args);
-  if (n < 0) return Zel::String();
-  const size_t len = static_cast<size_t>(n);
-  return Zel::String(buf, len < sizeof buf ? len : sizeof buf - 1);
-}
 
 // Records `reason` as the parser's and hands back `code`, the parser's status to be.
 LdpStatusCode failure(LdpFecTlvParser* parser, LdpStatusCode code, const Zel::String& reason) {
@@ -70,7 +58,7 @@ LdpStatusCode parseIntfParams(LdpFecTlvParser* parser, const uint8_t* p, const u
         }
         if (vlan->vlanId() > Bridging::VlanIdOrNone::max) {
           return paramFailure(parser, malformedTlv_,
-                              formatted("Vlan id out of bounds (%d)", vlan->vlanId()).view());
+                              Zel::format("Vlan id out of bounds (%d)", vlan->vlanId()).view());
         }
         params.requestedVlanIdIs(Bridging::VlanIdOrNone(vlan->vlanId()));
         present.requestedVlanIdIs(true);
@@ -117,8 +105,8 @@ LdpStatusCode parseFecTlvPwIdElement(LdpFecTlvParser* parser, uint32_t& cursor, 
   const LdpStatusCode headRc = hdr->validateHead();
   if (headRc == unknownFec_) {
     return failure(parser, headRc,
-                   formatted("Invalid FEC PW ID Element: Unknown PW type 0x%.4x",
-                             unsigned{hdr->pwType().value()}));
+                   Zel::format("Invalid FEC PW ID Element: Unknown PW type 0x%.4x",
+                               unsigned{hdr->pwType().value()}));
   }
   if (headRc != success_) {
     return failure(parser, headRc, "Invalid FEC PW ID Element: TLV value length must be 0 or >= 4");
@@ -130,9 +118,9 @@ LdpStatusCode parseFecTlvPwIdElement(LdpFecTlvParser* parser, uint32_t& cursor, 
   }
   if (found > announced) {
     return failure(parser, badTlvLength_,
-                   formatted("Invalid FEC PW ID Element: TLV value length mismatch. Expected %d "
-                             "octets but found %d octets.",
-                             int(announced), int(found)));
+                   Zel::format("Invalid FEC PW ID Element: TLV value length mismatch. Expected %d "
+                               "octets but found %d octets.",
+                               int(announced), int(found)));
   }
 
   PwFwdEqvClass fec(Pseudowire::PseudowireId(), hdr->pwType(), hdr->controlWord());
@@ -140,10 +128,10 @@ LdpStatusCode parseFecTlvPwIdElement(LdpFecTlvParser* parser, uint32_t& cursor, 
   params.groupIdIs(hdr->groupId());
   LdpPwIntfParamFlags present;
   if (announced != 0) {
-    if (!hdr->pwId()) {
+    const Pseudowire::PseudowireId pwId = hdr->pwId();
+    if (!pwId)
       return failure(parser, malformedTlv_, "Invalid FEC PW ID Element: PW ID cannot be 0");
-    }
-    fec.pwIdIs(hdr->pwId());
+    fec.pwIdIs(pwId);
     const uint8_t* elementEnd = front + cursor + hdr->totalLength();
     if (LdpStatusCode rc = parseIntfParams(parser, hdr->intfParams(), elementEnd, params, present);
         rc != success_) {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cinttypes>
-#include <cstdio>
 
 #include "core/LdpTrace.h"
 #include "platform/zel/Assert.h"
+#include "platform/zel/Format.h"
 #include "wire/LdpHeaders.h"
 
 namespace Ldp {
@@ -30,9 +30,9 @@ void LdpTlvGroupParser::reserveOffsets(uint32_t found, uint32_t consumed) {
   tlvOffset_.reserve(static_cast<size_t>(std::min(projected, found + remaining / 4 + 1)));
 }
 
-void LdpTlvGroupParser::failureIs(const char* text) {
+void LdpTlvGroupParser::failureIs(const Zel::String& text) {
   statusCode_ = badTlvLength_;
-  reason_ = Zel::String(text);
+  reason_ = text;
 }
 
 bool LdpTlvGroupParser::parseTlvGroup() {
@@ -45,9 +45,7 @@ bool LdpTlvGroupParser::parseTlvGroup() {
             offset_, size_);
   if (size_ == 0) return true;
   if (size_ > frontBytes - offset_) {
-    char text[64];
-    std::snprintf(text, sizeof text, "Packet is too small, size: %zu", frontBytes);
-    failureIs(text);
+    failureIs(Zel::format("Packet is too small, size: %zu", frontBytes));
     return true;
   }
 

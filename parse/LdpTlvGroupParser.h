@@ -75,7 +75,7 @@ class LdpTlvGroupParser : public Zel::PtrInterface {
   friend Zel::Ptr<T> Zel::allocate(A&&... args);
 
  private:
-  void failureIs(const char* text);
+  void failureIs(const Zel::String& text);
   // Makes room for the rest of the walk once `found` elements filled the storage.
   void reserveOffsets(uint32_t found, uint32_t consumed);
 

@@ -19,8 +19,6 @@ const Zel::ZelType hostAddressElementHdrType("Ldp::LdpFecTlvHostAddressElementHd
 const Zel::ZelType p2mpElementHdrType("Ldp::LdpFecTlvP2mpElementHdr", Zel::ZelType::Kind::overlay,
                                       &elementHdrType, {});
 
-unsigned familyOctets(Ovo::AddressFamily f) { return f == Ovo::AddressFamily::ipv4 ? 4 : 16; }
-
 }  // namespace
 
 Zel::String valueToStrep(const LdpFecTlvElementHdrTypeField& v) {

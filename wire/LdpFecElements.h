@@ -28,6 +28,11 @@
 
 namespace Ldp {
 
+// The octets of an address of family `f`: 4 for IPv4, 16 for any other family.
+inline unsigned familyOctets(Ovo::AddressFamily f) {
+  return f == Ovo::AddressFamily::ipv4 ? 4 : 16;
+}
+
 // The first octet of every FEC element.
 class LdpFecTlvElementHdrTypeField {
  public:

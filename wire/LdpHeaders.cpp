@@ -1,6 +1,6 @@
 #include "wire/LdpHeaders.h"
 
-#include <cstdio>
+#include "platform/zel/Format.h"
 
 namespace Ldp {
 
@@ -28,9 +28,8 @@ Zel::String valueToStrep(const LdpTlvTypeField& v) {
 }
 
 Zel::String LdpPduHdr::stringValue() const {
-  char buf[48];
-  std::snprintf(buf, sizeof buf, "LdpPduHdr: Ver(%d),Len(%d),LdpId: ", version(), length());
-  return Zel::String(buf) + ldpId().stringValue().view();
+  return Zel::format("LdpPduHdr: Ver(%d),Len(%d),LdpId: ", version(), length()) +
+         ldpId().stringValue().view();
 }
 
 bool ldpTlvTypeKnown(uint32_t t) {

@@ -16,6 +16,19 @@
 
 namespace Ldp {
 
+// The bit-field writers of the header, TLV and element overlays.
+namespace TlvDetail {
+// `word` with the bits under `mask` replaced by those of `bits`.
+template <class T>
+constexpr T withBits(T word, T mask, T bits) {
+  return static_cast<T>((word & ~mask) | (bits & mask));
+}
+template <class T>
+constexpr T withFlag(T word, T mask, bool on) {
+  return withBits<T>(word, mask, on ? mask : T(0));
+}
+}  // namespace TlvDetail
+
 // The first 16 bits of a message header: bit 15 the U bit, bits 14..0 the type.
 class LdpHdrMsgUbitAndTypeField {
  public:
@@ -24,17 +37,16 @@ class LdpHdrMsgUbitAndTypeField {
 
   uint16_t raw() const { return raw_.value(); }
   bool unknown() const { return raw() >> 15; }
-  void unknownIs(bool b) { set(0x8000, b ? 0x8000 : 0); }
+  void unknownIs(bool b) { raw_.valueIs(TlvDetail::withFlag<uint16_t>(raw(), 0x8000, b)); }
   LdpMsgType type() const { return static_cast<LdpMsgType>(raw() & 0x7FFF); }
-  void typeIs(uint32_t t) { set(0x7FFF, static_cast<uint16_t>(t & 0x7FFF)); }
+  void typeIs(uint32_t t) {
+    raw_.valueIs(TlvDetail::withBits<uint16_t>(raw(), 0x7FFF, static_cast<uint16_t>(t)));
+  }
 
   bool operator==(const LdpHdrMsgUbitAndTypeField& o) const { return raw() == o.raw(); }
   bool operator<(const LdpHdrMsgUbitAndTypeField& o) const { return raw() < o.raw(); }
 
  private:
-  void set(uint16_t mask, uint16_t bits) {
-    raw_.valueIs(static_cast<uint16_t>((raw() & ~mask) | bits));
-  }
   Ovo::NetU16 raw_;
 };
 
@@ -46,19 +58,18 @@ class LdpTlvTypeField {
 
   uint16_t raw() const { return raw_.value(); }
   bool unknown() const { return raw() >> 15; }
-  void unknownIs(bool b) { set(0x8000, b ? 0x8000 : 0); }
+  void unknownIs(bool b) { raw_.valueIs(TlvDetail::withFlag<uint16_t>(raw(), 0x8000, b)); }
   bool forwardUnknown() const { return (raw() >> 14) & 1; }
-  void forwardUnknownIs(bool b) { set(0x4000, b ? 0x4000 : 0); }
+  void forwardUnknownIs(bool b) { raw_.valueIs(TlvDetail::withFlag<uint16_t>(raw(), 0x4000, b)); }
   LdpTlvType type() const { return static_cast<LdpTlvType>(raw() & 0x3FFF); }
-  void typeIs(uint32_t t) { set(0x3FFF, static_cast<uint16_t>(t & 0x3FFF)); }
+  void typeIs(uint32_t t) {
+    raw_.valueIs(TlvDetail::withBits<uint16_t>(raw(), 0x3FFF, static_cast<uint16_t>(t)));
+  }
 
   bool operator==(const LdpTlvTypeField& o) const { return raw() == o.raw(); }
   bool operator<(const LdpTlvTypeField& o) const { return raw() < o.raw(); }
 
  private:
-  void set(uint16_t mask, uint16_t bits) {
-    raw_.valueIs(static_cast<uint16_t>((raw() & ~mask) | bits));
-  }
   Ovo::NetU16 raw_;
 };
 

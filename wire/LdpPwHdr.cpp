@@ -1,40 +1,18 @@
 #include "wire/LdpPwHdr.h"
 
-#include <cstdarg>
-#include <cstdio>
-
 #include "platform/zel/Assert.h"
+#include "platform/zel/Format.h"
+#include "wire/LdpTlvCommon.h"
 
 namespace Ldp {
 
 namespace {
 
-const Zel::ZelType* tlvHdrType() {
-  static const LdpTlvHdr hdr{};
-  return hdr.fwkType();
-}
+using TlvCommon::errorForm;
+using TlvCommon::lengthCheck;
+using TlvCommon::tlvType;
 
-const Zel::ZelType pwStatusTlvType("Ldp::LdpPwStatusTlv", Zel::ZelType::Kind::overlay, tlvHdrType(),
-                                   {});
-
-[[gnu::format(printf, 1, 2)]] Zel::String formatted(const char* format, ...) {
-  char buf[160];
-  va_list args;
-  va_start(args, format);
-  const int n = std::vsnprintf(buf, sizeof buf, format, args);
-  va_end(args);
-  if (n < 0) return Zel::String();
-  const size_t len = static_cast<size_t>(n);
-  return Zel::String(buf, len < sizeof buf ? len : sizeof buf - 1);
-}
-
-Zel::String errorForm(const char* prefix, LdpStatusCode code) {
-  return Zel::String(prefix) + stringValue(code).view();
-}
-
-LdpStatusCode lengthCheck(const LdpPwIntfParamSubTlv& sub, uint8_t expected) {
-  return sub.length() == expected ? success_ : badTlvLength_;
-}
+const Zel::ZelType pwStatusTlvType = tlvType("Ldp::LdpPwStatusTlv");
 
 bool printableAscii(std::string_view text) {
   for (char c : text) {
@@ -69,7 +47,7 @@ Zel::String LdpFecTlvPwIdElementHdr::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) {
     return errorForm("Error LdpFecTlvPwIdElementHdr: ", rc);
   }
-  return formatted(
+  return Zel::format(
       "LdpFecTlvPwIdElementHdr: pwType(%s), cbit(%d), groupId(%u), pwInfoLen(%u), "
       "pwId(%u)",
       pwType().stringValue().charPtr(), int(controlWord()), groupId().value(),
@@ -87,7 +65,7 @@ Zel::String LdpPwIntfMtuSubTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) {
     return errorForm("Error LdpPwIntfMtuSubTlv: ", rc);
   }
-  return formatted("LdpPwIntfMtuSubTlv: %u", unsigned{mtu()});
+  return Zel::format("LdpPwIntfMtuSubTlv: %u", unsigned{mtu()});
 }
 
 LdpStatusCode LdpPwIntfDescSubTlv::validate() const {
@@ -113,7 +91,7 @@ Zel::String LdpPwRequestedVlanIdSubTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) {
     return errorForm("Error LdpPwRequestedVlanIdSubTlv: ", rc);
   }
-  return formatted("LdpPwRequestedVlanIdSubTlv: %u", unsigned{vlanId()});
+  return Zel::format("LdpPwRequestedVlanIdSubTlv: %u", unsigned{vlanId()});
 }
 
 LdpStatusCode LdpPwFragIndicatorSubTlv::validate() const {
@@ -125,7 +103,7 @@ Zel::String LdpPwFragIndicatorSubTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) {
     return errorForm("Error LdpPwFragIndicatorSubTlv: ", rc);
   }
-  return formatted("LdpPwFragIndicatorSubTlv: 0x%04x", unsigned{indicator()});
+  return Zel::format("LdpPwFragIndicatorSubTlv: 0x%04x", unsigned{indicator()});
 }
 
 LdpStatusCode LdpPwVccvParamSubTlv::validate() const {
@@ -137,20 +115,20 @@ Zel::String LdpPwVccvParamSubTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) {
     return errorForm("Error LdpPwVccvParamSubTlv: ", rc);
   }
-  return formatted("LdpPwVccvParamSubTlv: cc(0x%02x), cv(%s)", unsigned{ccTypes()},
-                   cvTypes().stringValue().charPtr());
+  return Zel::format("LdpPwVccvParamSubTlv: cc(0x%02x), cv(%s)", unsigned{ccTypes()},
+                     cvTypes().stringValue().charPtr());
 }
 
 // --- LdpPwStatusTlv
 
 LdpStatusCode LdpPwStatusTlv::validate() const {
   if (LdpStatusCode rc = validateTlvHdr(); rc != success_) return rc;
-  return length() == 4 ? success_ : badTlvLength_;
+  return lengthCheck(*this, 4);
 }
 
 Zel::String LdpPwStatusTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) return errorForm("Error LdpPwStatusTlv: ", rc);
-  return formatted("LdpPwStatusTlv: 0x%.8x", flags().value());
+  return Zel::format("LdpPwStatusTlv: 0x%.8x", flags().value());
 }
 
 const Zel::ZelType* LdpPwStatusTlv::fwkType() const { return &pwStatusTlvType; }

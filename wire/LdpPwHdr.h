@@ -37,16 +37,15 @@ class LdpFecTlvPwIdElementHdrTypeField {
 
   uint16_t raw() const { return raw_.value(); }
   bool controlWord() const { return raw() >> 15; }
-  void controlWordIs(bool b) { set(0x8000, b ? 0x8000 : 0); }
+  void controlWordIs(bool b) { raw_.valueIs(TlvDetail::withFlag<uint16_t>(raw(), 0x8000, b)); }
   Pseudowire::PseudowireType pwType() const {
     return Pseudowire::PseudowireType(static_cast<uint16_t>(raw() & 0x7FFF));
   }
-  void pwTypeIs(Pseudowire::PseudowireType t) { set(0x7FFF, t.value()); }
+  void pwTypeIs(Pseudowire::PseudowireType t) {
+    raw_.valueIs(TlvDetail::withBits<uint16_t>(raw(), 0x7FFF, t.value()));
+  }
 
  private:
-  void set(uint16_t mask, uint16_t bits) {
-    raw_.valueIs(static_cast<uint16_t>((raw() & ~mask) | (bits & mask)));
-  }
   Ovo::NetU16 raw_;
 };
 

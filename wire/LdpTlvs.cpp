@@ -1,67 +1,34 @@
 #include "wire/LdpTlvs.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "core/LdpTrace.h"
 #include "platform/zel/Assert.h"
+#include "platform/zel/Format.h"
+#include "wire/LdpTlvCommon.h"
 
 namespace Ldp {
 
 namespace {
 
-const Zel::ZelType* tlvHdrType() {
-  static const LdpTlvHdr hdr{};
-  return hdr.fwkType();
-}
+using TlvCommon::errorForm;
+using TlvCommon::lengthCheck;
+using TlvCommon::tlvType;
 
-const Zel::ZelType commonHelloTlvType("Ldp::LdpCommonHelloTlv", Zel::ZelType::Kind::overlay,
-                                      tlvHdrType(), {});
-const Zel::ZelType ipTransportAddrTlvType("Ldp::LdpIpTransportAddrTlv", Zel::ZelType::Kind::overlay,
-                                          tlvHdrType(), {});
-const Zel::ZelType configSeqNumTlvType("Ldp::LdpConfigSeqNumTlv", Zel::ZelType::Kind::overlay,
-                                       tlvHdrType(), {});
-const Zel::ZelType ip6TransportAddrTlvType("Ldp::LdpIp6TransportAddrTlv",
-                                           Zel::ZelType::Kind::overlay, tlvHdrType(), {});
-const Zel::ZelType commonSessionParamTlvType("Ldp::LdpCommonSessionParamTlv",
-                                             Zel::ZelType::Kind::overlay, tlvHdrType(), {});
-const Zel::ZelType addressListTlvType("Ldp::LdpAddressListTlv", Zel::ZelType::Kind::overlay,
-                                      tlvHdrType(), {});
-const Zel::ZelType genLabelTlvType("Ldp::LdpGenLabelTlv", Zel::ZelType::Kind::overlay, tlvHdrType(),
-                                   {});
-const Zel::ZelType labelReqMsgIdTlvType("Ldp::LdpLabelReqMsgIdTlv", Zel::ZelType::Kind::overlay,
-                                        tlvHdrType(), {});
-const Zel::ZelType hopCountTlvType("Ldp::LdpHopCountTlv", Zel::ZelType::Kind::overlay, tlvHdrType(),
-                                   {});
-const Zel::ZelType pathVectorTlvType("Ldp::LdpPathVectorTlv", Zel::ZelType::Kind::overlay,
-                                     tlvHdrType(), {});
-const Zel::ZelType statusTlvType("Ldp::LdpStatusTlv", Zel::ZelType::Kind::overlay, tlvHdrType(),
-                                 {});
-const Zel::ZelType ftSessionTlvType("Ldp::LdpFtSessionTlv", Zel::ZelType::Kind::overlay,
-                                    tlvHdrType(), {});
-const Zel::ZelType capabilityParameterTlvType("Ldp::LdpCapabilityParameterTlv",
-                                              Zel::ZelType::Kind::overlay, tlvHdrType(), {});
-
-[[gnu::format(printf, 1, 2)]] Zel::String formatted(const char* format, ...) {
-  char buf[160];
-  va_list args;
-  va_start(args, format);
-  int n = std::vsnprintf(buf, sizeof buf, format, args);
-  va_end(args);
-  if (n < 0) return Zel::String();
-  const size_t len = static_cast<size_t>(n);
-  return Zel::String(buf, len < sizeof buf ? len : sizeof buf - 1);
-}
-
-Zel::String errorForm(const char* prefix, LdpStatusCode code) {
-  return Zel::String(prefix) + stringValue(code).view();
-}
-
-LdpStatusCode lengthCheck(const LdpTlvHdr& tlv, uint16_t expected) {
-  return tlv.length() == expected ? success_ : badTlvLength_;
-}
+const Zel::ZelType commonHelloTlvType = tlvType("Ldp::LdpCommonHelloTlv");
+const Zel::ZelType ipTransportAddrTlvType = tlvType("Ldp::LdpIpTransportAddrTlv");
+const Zel::ZelType configSeqNumTlvType = tlvType("Ldp::LdpConfigSeqNumTlv");
+const Zel::ZelType ip6TransportAddrTlvType = tlvType("Ldp::LdpIp6TransportAddrTlv");
+const Zel::ZelType commonSessionParamTlvType = tlvType("Ldp::LdpCommonSessionParamTlv");
+const Zel::ZelType addressListTlvType = tlvType("Ldp::LdpAddressListTlv");
+const Zel::ZelType genLabelTlvType = tlvType("Ldp::LdpGenLabelTlv");
+const Zel::ZelType labelReqMsgIdTlvType = tlvType("Ldp::LdpLabelReqMsgIdTlv");
+const Zel::ZelType hopCountTlvType = tlvType("Ldp::LdpHopCountTlv");
+const Zel::ZelType pathVectorTlvType = tlvType("Ldp::LdpPathVectorTlv");
+const Zel::ZelType statusTlvType = tlvType("Ldp::LdpStatusTlv");
+const Zel::ZelType ftSessionTlvType = tlvType("Ldp::LdpFtSessionTlv");
+const Zel::ZelType capabilityParameterTlvType = tlvType("Ldp::LdpCapabilityParameterTlv");
 
 uint32_t u32At(const uint8_t* p) { return reinterpret_cast<const Ovo::NetU32*>(p)->value(); }
 
@@ -77,8 +44,8 @@ LdpStatusCode LdpCommonHelloTlv::validate() const {
 Zel::String LdpCommonHelloTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_)
     return errorForm("Error LdpCommonHelloTlv: ", rc);
-  return formatted("CommonHelloTlv: HT(%d),%d,%d", holdTime(), int(targetedHello()),
-                   int(requestSendTargetedHello()));
+  return Zel::format("CommonHelloTlv: HT(%d),%d,%d", holdTime(), int(targetedHello()),
+                     int(requestSendTargetedHello()));
 }
 
 const Zel::ZelType* LdpCommonHelloTlv::fwkType() const { return &commonHelloTlvType; }
@@ -108,7 +75,7 @@ LdpStatusCode LdpConfigSeqNumTlv::validate() const {
 Zel::String LdpConfigSeqNumTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_)
     return errorForm("Error ConfigSeqNumTlv: ", rc);
-  return formatted("ConfigSeqNumTlv: %u", configSeqNum());
+  return Zel::format("ConfigSeqNumTlv: %u", configSeqNum());
 }
 
 const Zel::ZelType* LdpConfigSeqNumTlv::fwkType() const { return &configSeqNumTlvType; }
@@ -164,8 +131,9 @@ Zel::String LdpCommonSessionParamTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) {
     return errorForm("Error LdpCommonSessionParamTlv: ", rc);
   }
-  return formatted("LdpCommonSessionParamTlv: KA(%d), A(%d), D(%d), PduLen(%d), ", keepAliveTime(),
-                   int(adField_.downstreamOnDemand()), int(adField_.loopDetect()), maxPduLength()) +
+  return Zel::format("LdpCommonSessionParamTlv: KA(%d), A(%d), D(%d), PduLen(%d), ",
+                     keepAliveTime(), int(adField_.downstreamOnDemand()),
+                     int(adField_.loopDetect()), maxPduLength()) +
          recvLdpIdentifier_.stringValue().view();
 }
 
@@ -204,8 +172,8 @@ LdpStatusCode LdpAddressListTlv::validate() const {
 // trace without writing out every address.
 Zel::String LdpAddressListTlv::stringValue() const {
   if (validate() != success_) return Zel::String("LdpAddressListTlv( Invalid TLV )");
-  return formatted("LdpAddressListTlv( %s, %u, ", addressFamily() == 1 ? "IPv4" : "IPv6",
-                   numAddress()) +
+  return Zel::format("LdpAddressListTlv( %s, %u, ", addressFamily() == 1 ? "IPv4" : "IPv6",
+                     numAddress()) +
          address(0).stringValue().view() + ", ... )";
 }
 
@@ -220,7 +188,7 @@ LdpStatusCode LdpGenLabelTlv::validate() const {
 
 Zel::String LdpGenLabelTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) return errorForm("Error GenLabelTlv: ", rc);
-  return formatted("GenLabelTlv: L(%u)", label());
+  return Zel::format("GenLabelTlv: L(%u)", label());
 }
 
 const Zel::ZelType* LdpGenLabelTlv::fwkType() const { return &genLabelTlvType; }
@@ -235,7 +203,7 @@ LdpStatusCode LdpLabelReqMsgIdTlv::validate() const {
 Zel::String LdpLabelReqMsgIdTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_)
     return errorForm("Error LabelReqMsgIdTlv: ", rc);
-  return formatted("LabelReqMsgIdTlv: ID(%u)", reqMsgId());
+  return Zel::format("LabelReqMsgIdTlv: ID(%u)", reqMsgId());
 }
 
 const Zel::ZelType* LdpLabelReqMsgIdTlv::fwkType() const { return &labelReqMsgIdTlvType; }
@@ -249,7 +217,7 @@ LdpStatusCode LdpHopCountTlv::validate() const {
 
 Zel::String LdpHopCountTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) return errorForm("Error LdpHopCountTlv: ", rc);
-  return formatted("LdpHopCountTlv: %d", hopCount());
+  return Zel::format("LdpHopCountTlv: %d", hopCount());
 }
 
 const Zel::ZelType* LdpHopCountTlv::fwkType() const { return &hopCountTlvType; }
@@ -303,10 +271,10 @@ LdpStatusCode LdpStatusTlv::validate() const {
 
 Zel::String LdpStatusTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) return errorForm("Error LdpStatusTlv: ", rc);
-  return formatted("StatusTlv(%s): %s:%u u(%d), fu(%d), e(%d), efu(%d)",
-                   Ldp::stringValue(statusData()).charPtr(), Ldp::stringValue(msgType()).charPtr(),
-                   msgId(), int(unknown()), int(forwardUnknown()), int(statusError()),
-                   int(statusForwardUnknown()));
+  return Zel::format("StatusTlv(%s): %s:%u u(%d), fu(%d), e(%d), efu(%d)",
+                     Ldp::stringValue(statusData()).charPtr(),
+                     Ldp::stringValue(msgType()).charPtr(), msgId(), int(unknown()),
+                     int(forwardUnknown()), int(statusError()), int(statusForwardUnknown()));
 }
 
 const Zel::ZelType* LdpStatusTlv::fwkType() const { return &statusTlvType; }
@@ -334,7 +302,7 @@ LdpStatusCode LdpFtSessionTlv::validate() const {
 
 Zel::String LdpFtSessionTlv::stringValue() const {
   if (LdpStatusCode rc = validate(); rc != success_) return errorForm("Invalid FtSessionTlv: ", rc);
-  return formatted(
+  return Zel::format(
       "LdpFtSessionTlv: R(%d), S(%d), A(%d), C(%d), L(%d), FTReconnect(%u), FTRecovery(%u)",
       int(ftFlags_.reconnect()), int(ftFlags_.saveState()), int(ftFlags_.allLabelProt()),
       int(ftFlags_.checkPoint()), int(ftFlags_.learnFromNetwork()), ftReconnectTimeout(),

@@ -25,18 +25,6 @@
 
 namespace Ldp {
 
-namespace TlvDetail {
-// `word` with the bits under `mask` replaced by those of `bits`.
-template <class T>
-constexpr T withBits(T word, T mask, T bits) {
-  return static_cast<T>((word & ~mask) | (bits & mask));
-}
-template <class T>
-constexpr T withFlag(T word, T mask, bool on) {
-  return withBits<T>(word, mask, on ? mask : T(0));
-}
-}  // namespace TlvDetail
-
 // The second half of the common hello parameters: bit 15 T (targeted hello),
 // bit 14 R (request targeted hellos back), bits 13..0 reserved.
 class LdpCommonHelloTargetField {

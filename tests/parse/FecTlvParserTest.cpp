@@ -8,11 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "core/LdpTrace.h"
 #include "parse/LdpFecTlvParser.h"
+#include "tests/parse/ParserChecks.h"
 #include "tests/support/PduBuilder.h"
 
 using namespace Ldp;
@@ -21,6 +20,8 @@ using LdpTest::hostElement;
 using LdpTest::p2mpElement;
 using LdpTest::PduBuilder;
 using LdpTest::prefixElement;
+using LdpTest::traced;
+using LdpTest::traces;
 using LdpTest::wildcardFec;
 using Ovo::IpAddr;
 using Ovo::IpGenAddr;
@@ -236,18 +237,12 @@ TEST(FecTlvParser, TlvMustFitThePacket) {
                "offset_ <= pkt_->frontBytes\\(\\)");
 }
 
-std::vector<std::string> traces;
-void collect(int, std::string_view text) { traces.emplace_back(text); }
-
 TEST(FecTlvParser, Trace) {
-  traces.clear();
-  const TraceSink oldSink = traceSinkIs(collect);
-  const int oldLevel = traceLevel();
-  traceLevelIs(6);
-  parse({prefixElement(1, 20, {10, 1, 0xFF}), hostElement(1, {10, 0, 0, 1}), wildcardFec()},
+  traced([] {
+    return parse(
+        {prefixElement(1, 20, {10, 1, 0xFF}), hostElement(1, {10, 0, 0, 1}), wildcardFec()},
         lenient());
-  traceSinkIs(oldSink);
-  traceLevelIs(oldLevel);
+  });
   const size_t frontBytes = lead + mapping().fec({}).bytes().size() + 16;
   EXPECT_EQ(traces,
             (std::vector<std::string>{

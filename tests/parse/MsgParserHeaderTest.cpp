@@ -9,9 +9,11 @@
 
 #include "parse/LdpMsgParser.h"
 #include "parse/LdpUtils.h"
+#include "tests/parse/ParserChecks.h"
 #include "tests/support/PduBuilder.h"
 
 using namespace Ldp;
+using LdpTest::parsed;
 using LdpTest::PduBuilder;
 
 namespace {
@@ -19,9 +21,6 @@ namespace {
 PduBuilder msg(uint32_t type, uint16_t bits = LdpTest::noBits) {
   return PduBuilder::bare().message(type, 0x2A, bits);
 }
-
-// The message is placed after 3 lead octets.
-LdpMsgParser::Ptr parsed(const PduBuilder& b) { return ldpMsgParserGet(b.pkt(3), 3); }
 
 void expectRefused(const PduBuilder& b, LdpStatusCode code, const std::string& reason) {
   LdpMsgParser::Ptr p = parsed(b);

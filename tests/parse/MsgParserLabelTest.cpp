@@ -8,32 +8,19 @@
 #include <vector>
 
 #include "parse/LdpMsgParser.h"
+#include "tests/parse/ParserChecks.h"
 #include "tests/support/PduBuilder.h"
 
 using namespace Ldp;
+using LdpTest::expectRefusals;
+using LdpTest::parsed;
 using LdpTest::PduBuilder;
+using LdpTest::Refusal;
 using LdpTest::wildcardFec;
 
 namespace {
 
 PduBuilder msg(uint32_t type) { return PduBuilder::bare().message(type, 77); }
-
-LdpMsgParser::Ptr parsed(const PduBuilder& b) { return ldpMsgParserGet(b.pkt(3), 3); }
-
-struct Refusal {
-  PduBuilder msg;
-  LdpStatusCode code;
-  std::string reason;
-};
-
-void expectRefusals(const std::vector<Refusal>& cases, const std::string& prefix) {
-  for (const Refusal& c : cases) {
-    LdpMsgParser::Ptr p = parsed(c.msg);
-    EXPECT_EQ(p->statusCode(), c.code) << c.reason;
-    EXPECT_EQ(p->reason(), c.reason);
-    EXPECT_EQ(p->stringValue(), prefix + c.reason);
-  }
-}
 
 const std::vector<uint8_t> prefix10 = LdpTest::prefixElement(1, 16, {10, 1});
 // An element type no FEC parser knows: the FEC TLV parser refuses it.

@@ -11,12 +11,15 @@
 #include <string>
 #include <vector>
 
-#include "core/LdpTrace.h"
 #include "parse/LdpPwGenMsgParser.h"
+#include "tests/parse/ParserChecks.h"
 #include "tests/support/PduBuilder.h"
 
 using namespace Ldp;
 using LdpTest::PduBuilder;
+using LdpTest::pwSubTlv;
+using LdpTest::traced;
+using LdpTest::traces;
 using Pseudowire::GroupId;
 using Pseudowire::PseudowireId;
 using Pseudowire::PseudowireType;
@@ -52,20 +55,9 @@ Bytes operator+(Bytes a, const Bytes& b) {
   return a;
 }
 
-// A sub-TLV of `type` and length field `len`, with len - 2 octets of `fill`.
-Bytes sub(uint8_t type, uint8_t len, uint8_t fill = 0) {
-  Bytes b(len < 2 ? 2 : len, fill);
-  b[0] = type;
-  b[1] = len;
-  return b;
-}
-
 Zel::Ptr<LdpFecTlvParser> parseFecTlv(const Bytes& value) {
   return ldpFecTlvParserFactory(PduBuilder::bare().tlv(fecTlv_, value).pkt(3), 3, nullptr);
 }
-
-std::vector<std::string> traces;
-void collect(int, std::string_view text) { traces.emplace_back(text); }
 
 struct Failure {
   const char* what;
@@ -86,7 +78,8 @@ void expectFailures(const std::vector<Failure>& cases) {
 }
 
 TEST(PwIdElement, FecAndEveryParameter) {
-  const Bytes params = sub(0x01, 4) + sub(0x03, 8) + sub(0x06, 4) + sub(0x09, 4) + sub(0x0C, 4);
+  const Bytes params = pwSubTlv(0x01, 4) + pwSubTlv(0x03, 8) + pwSubTlv(0x06, 4) +
+                       pwSubTlv(0x09, 4) + pwSubTlv(0x0C, 4);
   Bytes value = element(100, params);
   const Bytes mtu = {0x05, 0xDC}, desc = {'t', 'o', ' ', 'c', 'e', '1'}, vlan = {0x0F, 0xFE},
               vccv = {0x03, 0x12};
@@ -110,15 +103,9 @@ TEST(PwIdElement, FecAndEveryParameter) {
 }
 
 TEST(PwIdElement, UnknownSubTlvsAreSkippedAndAbsentOnesLeftAtDefault) {
-  traces.clear();
-  const TraceSink oldSink = traceSinkIs(collect);
-  const int oldLevel = traceLevel();
-  traceLevelIs(6);
-  Bytes value = element(7, sub(0x02, 6, 0xAA) + sub(0x01, 4) + sub(0x7F, 4));
+  Bytes value = element(7, pwSubTlv(0x02, 6, 0xAA) + pwSubTlv(0x01, 4) + pwSubTlv(0x7F, 4));
   value[21] = 0x40;  // MTU 64
-  const Zel::Ptr<LdpFecTlvParser> p = parseFecTlv(value);
-  traceSinkIs(oldSink);
-  traceLevelIs(oldLevel);
+  const Zel::Ptr<LdpFecTlvParser> p = traced([&] { return parseFecTlv(value); });
 
   ASSERT_EQ(p->statusCode(), success_) << p->reason();
   const PwFwdEqvClassInfo& info = p->fecElement(0)->pwFwdEqvCls();
@@ -148,7 +135,7 @@ TEST(PwIdElement, GroupWildcardAndPlaceInTheTlv) {
   // After another element, the PW element is read from where that one ended, and
   // runs to the end of the TLV.
   const Bytes prefix = {0x02, 0x00, 0x01, 24, 10, 0, 0};
-  const Zel::Ptr<LdpFecTlvParser> p = parseFecTlv(prefix + element(9, sub(0x01, 4, 0x01)));
+  const Zel::Ptr<LdpFecTlvParser> p = parseFecTlv(prefix + element(9, pwSubTlv(0x01, 4, 0x01)));
   ASSERT_EQ(p->statusCode(), success_) << p->reason();
   ASSERT_EQ(p->fecElements(), 2u);
   EXPECT_EQ(p->fecElement(1)->pwFwdEqvCls().fwdEqvClass().pwId(), PseudowireId(9));
@@ -189,43 +176,44 @@ TEST(PwIdElement, HeadFailures) {
 
 TEST(PwIdElement, SubTlvFailures) {
   const std::string e = "Invalid PW Intf param element: ";
-  Bytes vlan4095 = sub(0x06, 4);
+  Bytes vlan4095 = pwSubTlv(0x06, 4);
   vlan4095[2] = 0x0F;
   vlan4095[3] = 0xFF;
-  Bytes descTab = sub(0x03, 5, 'a');
+  Bytes descTab = pwSubTlv(0x03, 5, 'a');
   descTab[3] = '\t';
   expectFailures({
-      {"one octet left", element(1, sub(0x01, 4) + Bytes{0x01}), malformedTlv_,
+      {"one octet left", element(1, pwSubTlv(0x01, 4) + Bytes{0x01}), malformedTlv_,
        e + "TLV is too small"},
-      {"length 3", element(1, sub(0x01, 3) + Bytes{0}), malformedTlv_,
+      {"length 3", element(1, pwSubTlv(0x01, 3) + Bytes{0}), malformedTlv_,
        e + "TLV value is too small"},
       {"length 0", element(1, Bytes{0x01, 0x00}), malformedTlv_, e + "TLV value is too small"},
-      {"length past the element", element(1, sub(0x01, 4) + Bytes{0x09, 0x05, 0, 0}), malformedTlv_,
-       e + "Unrecognized packet invalid length"},
-      {"MTU length 6", element(1, sub(0x01, 6)), badTlvLength_, e + "PW MTU validation failure"},
-      {"description of 81 octets", element(1, sub(0x03, 83, 'a')), badTlvLength_,
+      {"length past the element", element(1, pwSubTlv(0x01, 4) + Bytes{0x09, 0x05, 0, 0}),
+       malformedTlv_, e + "Unrecognized packet invalid length"},
+      {"MTU length 6", element(1, pwSubTlv(0x01, 6)), badTlvLength_,
+       e + "PW MTU validation failure"},
+      {"description of 81 octets", element(1, pwSubTlv(0x03, 83, 'a')), badTlvLength_,
        e + "PW Description validation failure"},
       {"description with a tab", element(1, descTab), malformedTlv_,
        e + "PW Description validation failure"},
-      {"VLAN length 5", element(1, sub(0x06, 5)), badTlvLength_,
+      {"VLAN length 5", element(1, pwSubTlv(0x06, 5)), badTlvLength_,
        e + "Requested VLAN Id validation failure"},
       {"VLAN 4095", element(1, vlan4095), malformedTlv_, e + "Vlan id out of bounds (4095)"},
-      {"fragmentation length 6", element(1, sub(0x09, 6)), badTlvLength_,
+      {"fragmentation length 6", element(1, pwSubTlv(0x09, 6)), badTlvLength_,
        e + "Fragmentation indicator validation failure"},
-      {"VCCV length 5", element(1, sub(0x0C, 5)), badTlvLength_,
+      {"VCCV length 5", element(1, pwSubTlv(0x0C, 5)), badTlvLength_,
        e + "VCCV param validation failure"},
       // The walk stops at the first failure: a later, worse sub-TLV is not reached.
-      {"first failure wins", element(1, sub(0x01, 6) + vlan4095), badTlvLength_,
+      {"first failure wins", element(1, pwSubTlv(0x01, 6) + vlan4095), badTlvLength_,
        e + "PW MTU validation failure"},
   });
 }
 
 TEST(PwIdElement, ParameterBoundariesThatPass) {
-  Bytes vlan4094 = sub(0x06, 4);
+  Bytes vlan4094 = pwSubTlv(0x06, 4);
   vlan4094[2] = 0x0F;
   vlan4094[3] = 0xFE;
   const Zel::Ptr<LdpFecTlvParser> p =
-      parseFecTlv(element(0xFFFFFFFF, sub(0x03, 82, '~') + vlan4094 + sub(0x06, 4)));
+      parseFecTlv(element(0xFFFFFFFF, pwSubTlv(0x03, 82, '~') + vlan4094 + pwSubTlv(0x06, 4)));
   ASSERT_EQ(p->statusCode(), success_) << p->reason();
   const PwFwdEqvClassInfo& info = p->fecElement(0)->pwFwdEqvCls();
   EXPECT_EQ(info.fwdEqvClass().pwId(), PseudowireId(0xFFFFFFFF));

@@ -209,6 +209,13 @@ std::vector<uint8_t> pwIdFec(uint16_t pwType, uint32_t groupId, std::optional<ui
   return v;
 }
 
+std::vector<uint8_t> pwSubTlv(uint8_t type, uint8_t len, uint8_t fill) {
+  std::vector<uint8_t> b(len < 2 ? 2 : len, fill);
+  b[0] = type;
+  b[1] = len;
+  return b;
+}
+
 void PduBuilder::put16(size_t at, uint16_t v) {
   out_[at] = static_cast<uint8_t>(v >> 8);
   out_[at + 1] = static_cast<uint8_t>(v);

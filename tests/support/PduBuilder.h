@@ -117,5 +117,9 @@ std::vector<uint8_t> wildcardFec();
 // A PW id element; no pwId gives a PW info length of 0 (the whole group).
 std::vector<uint8_t> pwIdFec(uint16_t pwType, uint32_t groupId, std::optional<uint32_t> pwId,
                              const std::vector<uint8_t>& intfParams = {});
+// An interface-parameter sub-TLV for pwIdFec(): `type`, the length field `len`
+// (which counts these two octets), then len - 2 octets of `fill` (none when `len`
+// is below 2).
+std::vector<uint8_t> pwSubTlv(uint8_t type, uint8_t len, uint8_t fill = 0);
 
 }  // namespace LdpTest

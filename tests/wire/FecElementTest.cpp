@@ -12,22 +12,18 @@
 
 #include "fec/LdpP2mpFec.h"
 #include "tests/support/ValueChecks.h"
+#include "tests/wire/OverlayBytes.h"
 #include "wire/LdpHdr.h"
 
 using namespace Ldp;
+using LdpTest::as;
+using LdpTest::Bytes;
 using Ovo::AddressFamily;
 using Ovo::IpAddr;
 using Ovo::IpGenAddr;
 using Ovo::IpGenPrefix;
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-template <class T>
-T* as(Bytes& b) {
-  return overlay<T>(b.data());
-}
 
 IpGenAddr v4(uint32_t a) { return IpGenAddr(IpAddr(a)); }
 

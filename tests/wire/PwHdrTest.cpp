@@ -11,9 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/PduBuilder.h"
+#include "tests/wire/OverlayBytes.h"
 #include "wire/LdpPwHdr.h"
 
 using namespace Ldp;
+using LdpTest::as;
+using LdpTest::Bytes;
+using LdpTest::pwSubTlv;
 using Pseudowire::GroupId;
 using Pseudowire::PseudowireId;
 using Pseudowire::PseudowireLdpStatusFlags;
@@ -21,21 +26,6 @@ using Pseudowire::PseudowireType;
 using Pseudowire::VccvCvTypes;
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
-
-template <class T>
-T* as(Bytes& b) {
-  return overlay<T>(b.data());
-}
-
-// A sub-TLV of `type` whose length field is `len`, with len - 2 value octets of `fill`.
-Bytes subTlv(uint8_t type, uint8_t len, uint8_t fill = 0) {
-  Bytes b(len < 2 ? 2 : len, fill);
-  b[0] = type;
-  b[1] = len;
-  return b;
-}
 
 TEST(PwIdElementHdr, FieldsInPlaceAndSettersKeepTheirNeighbours) {
   Bytes b = {0x80, 0x80, 0x05, 0x04, 0x00, 0x00, 0x01, 0x02, 0xAB, 0xCD, 0xEF, 0x01};
@@ -117,7 +107,7 @@ TEST(PwIdElementHdr, HeadAndPwIdRules) {
 template <class T>
 void expectFourOctetsOnly(uint8_t type) {
   for (uint8_t len : {0, 2, 3, 4, 5, 6}) {
-    Bytes b = subTlv(type, len);
+    Bytes b = pwSubTlv(type, len);
     EXPECT_EQ(as<T>(b)->validate(), len == 4 ? success_ : badTlvLength_)
         << int(type) << "/" << int(len);
   }
@@ -162,16 +152,16 @@ TEST(PwIntfParamSubTlvs, LengthRulesAndForms) {
 TEST(PwIntfParamSubTlvs, DescriptionLengthAndText) {
   // At most 80 octets of text; the length counts the two header octets.
   for (uint8_t len : {2, 3, 81, 82}) {
-    Bytes b = subTlv(0x03, len, 'a');
+    Bytes b = pwSubTlv(0x03, len, 'a');
     EXPECT_EQ(as<LdpPwIntfDescSubTlv>(b)->validate(), success_) << int(len);
     EXPECT_EQ(as<LdpPwIntfDescSubTlv>(b)->description(), std::string(len - 2u, 'a'));
   }
   // 0 and 1 wrap around to 254 and 255 octets of text: too long, and nothing is read.
   for (uint8_t len : {0, 1, 83, 255}) {
-    Bytes b = subTlv(0x03, len, 'a');
+    Bytes b = pwSubTlv(0x03, len, 'a');
     EXPECT_EQ(as<LdpPwIntfDescSubTlv>(b)->validate(), badTlvLength_) << int(len);
   }
-  Bytes empty = subTlv(0x03, 1);
+  Bytes empty = pwSubTlv(0x03, 1);
   EXPECT_EQ(as<LdpPwIntfDescSubTlv>(empty)->description(), "");
 
   Bytes b = {0x03, 0x08, 't', 'o', ' ', 'c', 'e', '~'};
@@ -233,7 +223,7 @@ TEST(PwIntfParamFlags, ReflectionForm) {
 }
 
 TEST(PwHdrDeathTest, TypeAssertions) {
-  Bytes b = subTlv(0x02, 4);  // the type of none of these
+  Bytes b = pwSubTlv(0x02, 4);  // the type of none of these
   EXPECT_DEATH(as<LdpPwIntfMtuSubTlv>(b)->validate(), "type\\(\\) == Ldp::intfMtu_");
   EXPECT_DEATH(as<LdpPwIntfDescSubTlv>(b)->validate(), "type\\(\\) == Ldp::intfDesc_");
   EXPECT_DEATH(as<LdpPwRequestedVlanIdSubTlv>(b)->validate(),

@@ -13,15 +13,16 @@
 #include <vector>
 
 #include "core/LdpTrace.h"
+#include "tests/wire/OverlayBytes.h"
 #include "wire/LdpHdr.h"
 
 using namespace Ldp;
+using LdpTest::as;
+using LdpTest::Bytes;
 using Ovo::IpAddr;
 using Ovo::IpGenAddr;
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
 
 // A TLV of `type` whose length field is `len`, with `len` value octets (or
 // `valueOctets` of them when given).
@@ -38,11 +39,6 @@ Bytes tlv(uint16_t type, std::initializer_list<uint8_t> value) {
   Bytes b = tlv(type, static_cast<uint16_t>(value.size()));
   std::copy(value.begin(), value.end(), b.begin() + 4);
   return b;
-}
-
-template <class T>
-T* as(Bytes& b) {
-  return overlay<T>(b.data());
 }
 
 // Runs `f` with the traces of level 6 and below collected in `traces`.
