@@ -25,6 +25,7 @@ void LdpTlvGroupParser::reserveOffsets(uint32_t found, uint32_t consumed) {
   // Project the count from the average element so far, so that a group of like
   // elements needs one buffer. The projection is capped at one entry per 4 octets
   // left (a regular element's least size): 1-3 octet elements cannot inflate it.
+  ZEL_ASSERT(consumed > 0);  // first called once the inline capacity is full
   const uint64_t remaining = size_ - consumed;
   const uint64_t projected = uint64_t{found} * size_ / consumed + 1;
   tlvOffset_.reserve(static_cast<size_t>(std::min(projected, found + remaining / 4 + 1)));

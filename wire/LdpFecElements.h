@@ -170,7 +170,8 @@ class LdpFecTlvP2mpElementHdr : public LdpFecTlvAddrElementHdr {
 };
 
 static_assert(sizeof(LdpFecTlvElementHdrTypeField) == 1);
-static_assert(sizeof(LdpFecTlvElementHdr) == 1 && alignof(LdpFecTlvElementHdr) == 1);
+static_assert(sizeof(LdpFecTlvElementHdr) == 1);
+static_assert(alignof(LdpFecTlvElementHdr) == 1);
 static_assert(sizeof(LdpFecTlvWildcardElementHdr) == 1);
 static_assert(sizeof(LdpFecTlvAddrElementHdr) == 4 && alignof(LdpFecTlvAddrElementHdr) == 1);
 static_assert(sizeof(LdpFecTlvPrefixElementHdr) == 4 && alignof(LdpFecTlvPrefixElementHdr) == 1);

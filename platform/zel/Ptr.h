@@ -32,6 +32,8 @@ class PtrInterface : public VFPtrInterface {
 
   PtrInterface() = default;
   PtrInterface(const PtrInterface&) : refWord_(0) {}  // a copy is a new object
+  // The count belongs to the object, not to its value: assignment keeps it.
+  // cppcheck-suppress operatorEqVarError
   PtrInterface& operator=(const PtrInterface&) { return *this; }
 
   uint32_t references() const { return refWord_ & countMask; }
@@ -85,7 +87,8 @@ class Ptr {
   Ptr(Ptr<U>&& o) noexcept : p_(o.release()) {}
   ~Ptr() { unref(p_); }
 
-  Ptr& operator=(const Ptr& o) {
+  // Counting the new pointee before releasing the old one makes self-assignment safe.
+  Ptr& operator=(const Ptr& o) {  // NOLINT(bugprone-unhandled-self-assignment)
     ref(o.p_);
     T* old = p_;
     p_ = o.p_;

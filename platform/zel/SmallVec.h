@@ -29,9 +29,14 @@ class SmallVec {
   static_assert(N > 0);
 
  public:
+  // inline_ is raw storage: only its first size_ elements are ever read, so it is
+  // left uninitialised rather than cleared on every construction.
+  // cppcheck-suppress uninitMemberVar
   SmallVec() = default;
+  // cppcheck-suppress uninitMemberVar
   SmallVec(const SmallVec& o) { assign(o); }
   SmallVec(SmallVec&& o) noexcept { take(o); }
+  // cppcheck-suppress operatorEqVarError
   SmallVec& operator=(const SmallVec& o) {
     if (this != &o) assign(o);
     return *this;
@@ -84,6 +89,8 @@ class SmallVec {
   void grow(size_t need) {
     const size_t cap = std::max(capacity_ * 2, need);
     T* p = std::allocator<T>().allocate(cap);
+    // T may itself be a pointer: sizeof(T) is meant.
+    // NOLINTNEXTLINE(bugprone-sizeof-expression)
     std::memcpy(static_cast<void*>(p), data_, size_ * sizeof(T));
     const size_t n = size_;
     release();
@@ -121,7 +128,7 @@ class SmallVec {
   T* data_ = inlineData();
   size_t size_ = 0;
   size_t capacity_ = N;
-  alignas(T) unsigned char inline_[N * sizeof(T)];
+  alignas(T) unsigned char inline_[N * sizeof(T)];  // NOLINT(bugprone-sizeof-expression)
 };
 
 template <class V, size_t N>

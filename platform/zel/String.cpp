@@ -9,6 +9,8 @@
 
 namespace Zel {
 
+const char String::emptyBytes_[1] = {};
+
 String::String(std::string_view s) {
   if (s.empty()) return;
   void* mem = std::malloc(offsetof(Rep, bytes) + s.size() + 1);
@@ -21,7 +23,8 @@ String::String(std::string_view s) {
 }
 
 String& String::operator=(const String& o) {
-  // Take the source block before dropping ours: `o` may be *this, and unref()
+  if (this == &o) return *this;
+  // Take the source block before dropping ours: `o` may share it, and unref()
   // clears rep_.
   Rep* r = o.rep_;
   o.ref();

@@ -26,7 +26,7 @@ class String {
   String& operator=(const String& o);
   String& operator=(String&& o) noexcept;
 
-  const char* charPtr() const { return rep_ ? rep_->bytes : ""; }
+  const char* charPtr() const { return rep_ ? rep_->bytes : emptyBytes_; }
   size_t size() const { return rep_ ? rep_->size : 0; }
   bool empty() const { return size() == 0; }
   std::string_view view() const { return {charPtr(), size()}; }
@@ -49,6 +49,11 @@ class String {
     uint32_t size;
     char bytes[1];
   };
+  // What every empty String points at. One object for the whole process: a "" literal
+  // in this header may have a different address in each binary, so begin() and end()
+  // of one empty String could come from different copies.
+  static const char emptyBytes_[1];
+
   void ref() const {
     if (rep_) ++rep_->refs;
   }

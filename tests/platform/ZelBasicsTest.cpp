@@ -399,7 +399,9 @@ TEST_P(PtrCounts, FlagsInTheHighBitsDoNotDisturbTheCount) {
 }
 
 TEST_P(PtrCounts, ReleaseCastAndReplace) {
+  // Both counters outlive every pointer below: the last one released bumps one.
   int destroyed = 0;
+  int otherDestroyed = 0;
   Zel::Ptr<DerivedCounted> derived = Zel::allocate<DerivedCounted>(&destroyed);
   Zel::Ptr<Counted> base = derived;
   Zel::Ptr<DerivedCounted> back = Zel::ptr_cast<DerivedCounted>(base);
@@ -412,7 +414,6 @@ TEST_P(PtrCounts, ReleaseCastAndReplace) {
   raw->deleteRef();
   EXPECT_EQ(derived->references(), 2u);
   // Replacing the last pointer to one object with another destroys the first.
-  int otherDestroyed = 0;
   Zel::Ptr<Counted> moved(std::move(derived));
   EXPECT_EQ(moved->references(), 2u);
   base = Zel::allocate<Counted>(&otherDestroyed);
