@@ -1,7 +1,23 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build and the tests need, when any is missing.
+# Usage: scripts/deps.sh [extra...] where each extra adds what one more build needs:
+#   asan    clang's sanitizer runtimes (the asan preset)
+#   m32     32-bit g++ and GoogleTest's sources (the m32 preset)
+#   static  clang-tidy and cppcheck (scripts/static-checks)
 set -euo pipefail
-packages=(cmake ninja-build g++ clang python3 libgtest-dev libgmock-dev libbenchmark-dev clang-format)
+packages=(cmake ninja-build g++ clang python3 libgtest-dev libgmock-dev libbenchmark-dev clang-format
+  libpcap-dev)
+for extra in "$@"; do
+  case "$extra" in
+    asan) packages+=(libclang-rt-14-dev) ;;
+    m32) packages+=(g++-multilib googletest) ;;
+    static) packages+=(clang-tidy cppcheck) ;;
+    *)
+      echo "deps.sh: unknown extra '$extra' (known: asan m32 static)" >&2
+      exit 2
+      ;;
+  esac
+done
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
