@@ -465,16 +465,7 @@ void Dumper::eventOut(const PduOrigin& o, const char* kind, uint64_t octets,
 }
 
 void Dumper::tcpEvent(const FlowKey& flow, const StreamEvent& event, const FrameRef& frame) {
-  PduOrigin o;
-  o.transport = Transport::tcp;
-  o.frame = o.firstFrame = frame.number;
-  o.hasTime = true;
-  o.sec = frame.sec;
-  o.usec = frame.usec;
-  o.src = &flow.src;
-  o.dst = &flow.dst;
-  o.sport = flow.sport;
-  o.dport = flow.dport;
+  PduOrigin o = PduOrigin::of(Transport::tcp, frame, flow.src, flow.dst, flow.sport, flow.dport);
   std::string detail;
   switch (event.kind) {
     case StreamEventKind::gap:
@@ -786,34 +777,30 @@ void Dumper::statsJson(const TcpCounters& tcp) {
     buf_ += "\":";
     append(buf_, value);
   };
+  // "a":1,"b":2,... for a run of counters.
+  auto fields = [&](std::initializer_list<std::pair<const char*, uint64_t>> list) {
+    const char* sep = "";
+    for (const auto& [name, value] : list) {
+      buf_ += sep;
+      field(name, value);
+      sep = ",";
+    }
+  };
   buf_ += "{\"stats\":{";
-  field("frames", frames_);
-  buf_ += ',';
-  field("ldpFrames", ldpFrames_);
-  buf_ += ',';
-  field("otherFrames", otherFrames_);
-  buf_ += ',';
-  field("fragments", fragments_);
-  buf_ += ',';
-  field("truncatedFrames", truncated_ + cutSegments_);
-  buf_ += ',';
-  field("malformedFrames", malformed_);
+  fields({{"frames", frames_},
+          {"ldpFrames", ldpFrames_},
+          {"otherFrames", otherFrames_},
+          {"fragments", fragments_},
+          {"truncatedFrames", truncated_ + cutSegments_},
+          {"malformedFrames", malformed_}});
   buf_ += ",\"pdus\":{";
-  field("udp", pdusBy_[static_cast<int>(Transport::udp)]);
-  buf_ += ',';
-  field("tcp", pdusBy_[static_cast<int>(Transport::tcp)]);
-  buf_ += ',';
-  field("hex", pdusBy_[static_cast<int>(Transport::hex)]);
-  buf_ += ',';
-  field("total", pdus_);
-  buf_ += ',';
-  field("invalid", invalidPdus_);
+  fields({{"udp", pdusBy_[static_cast<int>(Transport::udp)]},
+          {"tcp", pdusBy_[static_cast<int>(Transport::tcp)]},
+          {"hex", pdusBy_[static_cast<int>(Transport::hex)]},
+          {"total", pdus_},
+          {"invalid", invalidPdus_}});
   buf_ += "},\"messages\":{";
-  field("total", messages_);
-  buf_ += ',';
-  field("invalid", invalidMessages_);
-  buf_ += ',';
-  field("ignored", ignoredMessages_);
+  fields({{"total", messages_}, {"invalid", invalidMessages_}, {"ignored", ignoredMessages_}});
   buf_ += ",\"byType\":[";
   std::vector<Count> types = byType_;
   std::sort(types.begin(), types.end(),
@@ -849,23 +836,15 @@ void Dumper::statsJson(const TcpCounters& tcp) {
     buf_ += '}';
   }
   buf_ += "],\"tcp\":{";
-  field("streams", tcp.streams);
-  buf_ += ',';
-  field("segments", tcp.segments);
-  buf_ += ',';
-  field("retransmitted", tcp.retransmitted);
-  buf_ += ',';
-  field("held", tcp.held);
-  buf_ += ',';
-  field("gaps", tcp.gaps);
-  buf_ += ',';
-  field("gapOctets", tcp.gapOctets);
-  buf_ += ',';
-  field("resyncs", tcp.resyncs);
-  buf_ += ',';
-  field("skippedOctets", tcp.skippedOctets);
-  buf_ += ',';
-  field("incomplete", tcp.incomplete);
+  fields({{"streams", tcp.streams},
+          {"segments", tcp.segments},
+          {"retransmitted", tcp.retransmitted},
+          {"held", tcp.held},
+          {"gaps", tcp.gaps},
+          {"gapOctets", tcp.gapOctets},
+          {"resyncs", tcp.resyncs},
+          {"skippedOctets", tcp.skippedOctets},
+          {"incomplete", tcp.incomplete}});
   buf_ += "},";
   field("parserAssertions", assertions_);
   buf_ += "}}\n";

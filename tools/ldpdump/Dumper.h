@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -50,6 +51,22 @@ struct PduOrigin {
   const IpAddress* src = nullptr;
   const IpAddress* dst = nullptr;
   uint16_t sport = 0, dport = 0;
+
+  // The origin of a PDU carried whole by one frame between two endpoints.
+  static PduOrigin of(Transport transport, const FrameRef& frame, const IpAddress& src,
+                      const IpAddress& dst, uint16_t sport, uint16_t dport) {
+    PduOrigin o;
+    o.transport = transport;
+    o.frame = o.firstFrame = frame.number;
+    o.hasTime = true;
+    o.sec = frame.sec;
+    o.usec = frame.usec;
+    o.src = &src;
+    o.dst = &dst;
+    o.sport = sport;
+    o.dport = dport;
+    return o;
+  }
 };
 
 // What a receiving LSR does about a verdict.

@@ -176,16 +176,7 @@ int runCapture(const Options& o, FILE* out, FILE* err) {
     if (s.transport == Transport::tcp) {
       tcp.segment(s, ref);
     } else {
-      PduOrigin origin;
-      origin.transport = Transport::udp;
-      origin.frame = origin.firstFrame = ref.number;
-      origin.hasTime = true;
-      origin.sec = ref.sec;
-      origin.usec = ref.usec;
-      origin.src = &s.src;
-      origin.dst = &s.dst;
-      origin.sport = s.sport;
-      origin.dport = s.dport;
+      const PduOrigin origin = PduOrigin::of(Transport::udp, ref, s.src, s.dst, s.sport, s.dport);
       dumper.pdu(origin, s.payload, s.payloadLen);
     }
   }
