@@ -272,7 +272,7 @@ void LdpFecTlvParser::parseElements() {
   fecElementDelAll();
   hasWildcardFecElement_ = false;
   statusCode_ = success_;
-  reason_ = Zel::String();
+  if (!reason_.empty()) reason_ = Zel::String();
 
   if (frontBytes - offset() < sizeof(LdpTlvHdr) ||
       frontBytes - offset() - sizeof(LdpTlvHdr) < header()->length()) {

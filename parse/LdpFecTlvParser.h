@@ -12,6 +12,7 @@
 #include "model/LdpProtoParam.h"
 #include "parse/LdpTlvParser.h"
 #include "platform/mpls/FwdEqvClass.h"
+#include "platform/zel/Recycled.h"
 #include "platform/zel/SmallVec.h"
 #include "pw/PwTypes.h"
 
@@ -20,7 +21,7 @@ namespace Ldp {
 // One FEC element as parsed; immutable once stored in a parser. It holds one of
 // three payloads, readable only for the matching element kinds (reading another is
 // a programming error).
-class LdpFecTlvElement : public Zel::PtrInterface {
+class LdpFecTlvElement : public Zel::PtrInterface, public Zel::Recycled {
  public:
   LdpFecElementType type() const { return type_; }
   // Each element kind has its own form; the base's must never be called.

@@ -23,10 +23,11 @@
 // Valid string forms are a title line, "   Msg Id: <id>," and then each present
 // TLV on a line of its own, indented by three spaces.
 //
-// Allocations per message: the parser, its LdpTlvGroupParser (up to eight TLV
-// offsets inline) and, for messages with a FEC TLV, the LdpFecTlvParser with its
-// element objects: two for a Hello or KeepAlive, four for a Label Mapping of one
-// prefix. Reasons are built only on failure; capability maps of up to four
+// Objects per message: the parser, its LdpTlvGroupParser (up to eight TLV offsets
+// inline) and, for messages with a FEC TLV, the LdpFecTlvParser with its element
+// objects: two for a Hello or KeepAlive, four for a Label Mapping of one prefix.
+// Their blocks are recycled (Zel::Recycled), so a steady stream allocates nothing
+// from the heap. Reasons are built only on failure; capability maps of up to four
 // entries are inline. ldpMsgParserGet() builds the derived parser directly; only
 // a message that fails the header check costs a second, base parser.
 
@@ -39,6 +40,7 @@
 #include "parse/LdpTlvGroupParser.h"
 #include "platform/ovo/Pkt.h"
 #include "platform/zel/Ptr.h"
+#include "platform/zel/Recycled.h"
 #include "platform/zel/SmallVec.h"
 #include "platform/zel/String.h"
 #include "platform/zel/Type.h"
@@ -48,7 +50,7 @@
 
 namespace Ldp {
 
-class LdpMsgParser : public Zel::PtrInterface {
+class LdpMsgParser : public Zel::PtrInterface, public Zel::Recycled {
  public:
   using Ptr = Zel::Ptr<LdpMsgParser>;
 

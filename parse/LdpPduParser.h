@@ -16,12 +16,13 @@
 #include "parse/LdpTlvGroupParser.h"
 #include "platform/ovo/Pkt.h"
 #include "platform/zel/Ptr.h"
+#include "platform/zel/Recycled.h"
 #include "platform/zel/String.h"
 #include "wire/LdpHeaders.h"
 
 namespace Ldp {
 
-class LdpPduParser : public Zel::PtrInterface {
+class LdpPduParser : public Zel::PtrInterface, public Zel::Recycled {
  public:
   // The largest PDU this parser accepts (length field + 4).
   static constexpr uint16_t maxPduTotalLength = 9600;

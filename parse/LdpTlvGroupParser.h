@@ -18,12 +18,13 @@
 #include "core/LdpTypes.h"
 #include "platform/ovo/Pkt.h"
 #include "platform/zel/Ptr.h"
+#include "platform/zel/Recycled.h"
 #include "platform/zel/SmallVec.h"
 #include "platform/zel/String.h"
 
 namespace Ldp {
 
-class LdpTlvGroupParser : public Zel::PtrInterface {
+class LdpTlvGroupParser : public Zel::PtrInterface, public Zel::Recycled {
  public:
   // Told about every change of tlvOffset, and by tlvOffsetNotify(). Registered
   // through notifieeIs(); it must unregister (notifieeIs(nullptr)) before it dies.

@@ -7,11 +7,12 @@
 
 #include "platform/ovo/Pkt.h"
 #include "platform/zel/Ptr.h"
+#include "platform/zel/Recycled.h"
 #include "wire/LdpHeaders.h"
 
 namespace Ldp {
 
-class LdpTlvParser : public Zel::PtrInterface {
+class LdpTlvParser : public Zel::PtrInterface, public Zel::Recycled {
  public:
   const Zel::Ptr<Ovo::Pkt>& pkt() const { return pkt_; }
   // Packet offset of the TLV header.

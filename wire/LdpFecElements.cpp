@@ -36,10 +36,6 @@ const Zel::ZelType* LdpFecTlvP2mpElementHdr::fwkType() const { return &p2mpEleme
 
 // --- LdpFecTlvAddrElementHdr
 
-bool LdpFecTlvAddrElementHdr::familyKnown() const {
-  return family() == Ovo::AddressFamily::ipv4 || family() == Ovo::AddressFamily::ipv6;
-}
-
 Ovo::IpGenAddr LdpFecTlvAddrElementHdr::addrOf(const uint8_t* p, unsigned octets) const {
   ZEL_ASSERT(familyKnown());
   ZEL_ASSERT(octets <= familyOctets(family()));

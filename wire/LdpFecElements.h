@@ -78,7 +78,9 @@ class LdpFecTlvAddrElementHdr : public LdpFecTlvElementHdr {
   Ovo::AddressFamily family() const { return static_cast<Ovo::AddressFamily>(familyNbo_.value()); }
   void familyIs(Ovo::AddressFamily f) { familyNbo_.valueIs(static_cast<uint16_t>(f)); }
   // Whether family() is IPv4 or IPv6.
-  bool familyKnown() const;
+  bool familyKnown() const {
+    return family() == Ovo::AddressFamily::ipv4 || family() == Ovo::AddressFamily::ipv6;
+  }
 
  protected:
   uint8_t lengthField() const { return length_; }

@@ -42,8 +42,8 @@ String& String::operator=(String&& o) noexcept {
   return *this;
 }
 
-void String::unref() {
-  if (rep_ && --rep_->refs == 0) std::free(rep_);
+void String::release() {
+  if (--rep_->refs == 0) std::free(rep_);
   rep_ = nullptr;
 }
 

@@ -57,7 +57,11 @@ class String {
   void ref() const {
     if (rep_) ++rep_->refs;
   }
-  void unref();
+  // Inline for the common empty string; the last reference frees the block.
+  void unref() {
+    if (rep_) release();
+  }
+  void release();
 
   Rep* rep_ = nullptr;
 };
