@@ -1,16 +1,18 @@
-// Cost of validating a received PDU and finding its messages, per message, beside
-// a bare loop that only steps over the same message headers (the floor). The PDUs
-// hold Label Mapping-sized messages, each with a FEC TLV (one prefix element) and a
-// Generic Label TLV. allocsPerPdu counts operator new calls while parsing.
+// Cost of taking received PDUs to per-message verdicts, beside the floor: a bare
+// loop that only steps over the same message headers.
 //
-// BM_ParseMixedStream takes a session's steady traffic (mostly Label Mappings with
-// prefix FECs, some Hellos and KeepAlives) to per-message verdicts through
-// ldpMsgParserGet(): messages per second, the ratio of its time to the bare header
-// walk over the same stream (timed in the same iterations, both in thread CPU
-// time), and heap allocations (global operator new calls) per message: by the
-// message parsers alone, and with the PDU parsers' share. Parser objects take
-// recycled blocks, so in the steady state only a PDU's offset buffer beyond its
-// inline capacity reaches the heap.
+// BM_ParseMessage/<type> and BM_ParseMixedStream each parse a stream of PDUs:
+// every PDU through ldpPduParserFactory(), then every message to its verdict
+// through ldpMsgParserGet(). A per-type stream is 16 PDUs of 16 messages of that
+// type, each as a session carries it; the mixed stream is a session's steady
+// traffic (mostly Label Mappings with prefix FECs, some Hellos and KeepAlives).
+// Counters: nsPerMsg and items_per_second (messages per second) for the parse;
+// ratioToHeaderWalk, the parse time over the walk time, both timed in the same
+// iterations in thread CPU time; allocsPerMsg, heap allocations (global operator
+// new calls) per message by the message parsers, and allocsPerMsgWithPdu with the
+// PDU parsers' share.
+//
+// BM_ParsePdu is the PDU parser alone on PDUs of 8 and 20 Label Mappings.
 
 #include <benchmark/benchmark.h>
 
@@ -18,11 +20,14 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "parse/LdpGenMsgParser.h"
 #include "parse/LdpMsgParser.h"
+#include "tests/support/PduBuilder.h"
 
 namespace {
 // Benchmarks run on one thread: a plain count adds next to nothing to an allocation.
@@ -43,130 +48,114 @@ void operator delete(void* p, size_t) noexcept { freeBlock(p); }
 namespace {
 
 using namespace Ldp;
+using LdpTest::PduBuilder;
+using Stream = std::vector<Zel::Ptr<Ovo::Pkt>>;
 
-void put16(std::vector<uint8_t>& v, uint16_t x) {
-  v.push_back(static_cast<uint8_t>(x >> 8));
-  v.push_back(static_cast<uint8_t>(x));
+const LdpIdentifier local(0x0A000001, 0);
+const LdpIdentifier peer(0x0A000002, 0);
+
+// Adds one message of a type, with message id `id`, to a PDU under construction.
+struct MessageKind {
+  const char* name;
+  std::function<void(PduBuilder&, uint32_t id)> add;
+};
+
+std::vector<uint8_t> prefix(uint32_t id) {
+  return LdpTest::prefixElement(1, 24,
+                                {10, static_cast<uint8_t>(id >> 8), static_cast<uint8_t>(id)});
 }
 
-// A PDU of `messages` Label Mappings of 27 octets each.
-std::vector<uint8_t> labelMappingPdu(int messages) {
-  std::vector<uint8_t> v;
-  put16(v, 1);                                              // version
-  put16(v, static_cast<uint16_t>(6 + 27 * messages));       // length
-  v.insert(v.end(), {0x0A, 0x00, 0x00, 0x01, 0x00, 0x00});  // LDP identifier
-  for (int i = 0; i < messages; ++i) {
-    put16(v, LdpLabelMapping_);
-    put16(v, 23);
-    v.insert(v.end(), {0x00, 0x00, 0x01, static_cast<uint8_t>(i)});  // message id
-    put16(v, fecTlv_);
-    put16(v, 7);
-    v.insert(v.end(), {0x02, 0x00, 0x01, 24, 0x0A, 0x01, static_cast<uint8_t>(i)});  // prefix
-    put16(v, genLabelTlv_);
-    put16(v, 4);
-    v.insert(v.end(), {0x00, 0x00, 0x10, static_cast<uint8_t>(i)});
+const std::vector<MessageKind>& messageKinds() {
+  static const std::vector<MessageKind> kinds = {
+      {"Notification",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpNotification_, id).status(0x80000000 | shutdown_);
+       }},
+      {"Hello",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpHello_, id).commonHello(15).ipv4Transport(0x0A000001).configSeqNum(1);
+       }},
+      {"Init",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpInit_, id)
+             .sessionParams(180, false, false, 0, 0, peer)
+             .ftSession(0x0001, 120000, 120000)
+             .capability(dynamicCapabilityTlv_, true)
+             .capability(typedWildcardFecCapabilityTlv_, true);
+       }},
+      {"KeepAlive", [](PduBuilder& b, uint32_t id) { b.message(LdpKeepAlive_, id); }},
+      {"Capability",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpCapability_, id).capability(typedWildcardFecCapabilityTlv_, false);
+       }},
+      {"Address",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpAddress_, id).ipv4AddressList({0x0A000001, 0x0A010001, 0x0A020001});
+       }},
+      {"AddressWithdraw",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpAddressWithdraw_, id).ipv4AddressList({0x0A010001});
+       }},
+      {"LabelMapping",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpLabelMapping_, id).fec({prefix(id)}).genLabel(16000 + id);
+       }},
+      {"LabelMappingPw",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpLabelMapping_, id)
+             .fec({LdpTest::pwIdFec(0x0005, 7, id, LdpTest::pwSubTlv(0x01, 4, 0x05))})
+             .genLabel(16000 + id);
+       }},
+      {"LabelRequest",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpLabelRequest_, id).fec({prefix(id)}).hopCount(1).pathVector({0x0A000001});
+       }},
+      {"LabelWithdraw",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpLabelWithdraw_, id).fec({prefix(id)}).genLabel(16000 + id);
+       }},
+      {"LabelRelease",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpLabelRelease_, id).fec({prefix(id)}).genLabel(16000 + id);
+       }},
+      {"LabelAbortReq",
+       [](PduBuilder& b, uint32_t id) {
+         b.message(LdpLabelAbortReq_, id).fec({prefix(id)}).labelReqMsgId(id - 1);
+       }},
+  };
+  return kinds;
+}
+
+const MessageKind& kind(const char* name) {
+  for (const MessageKind& k : messageKinds()) {
+    if (std::string(k.name) == name) return k;
   }
-  return v;
+  std::abort();
 }
 
-void perMessageCounters(benchmark::State& state, int messages, uint64_t allocs) {
-  state.SetItemsProcessed(state.iterations() * messages);
-  state.counters["timePerMsg"] = benchmark::Counter(
-      messages, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-  state.counters["allocsPerPdu"] =
-      static_cast<double>(allocs) / static_cast<double>(state.iterations());
-}
-
-// ldpPduParserFactory: the header checks and the walk over the messages.
-void BM_ParsePdu(benchmark::State& state) {
-  const int messages = static_cast<int>(state.range(0));
-  const std::vector<uint8_t> octets = labelMappingPdu(messages);
-  Zel::Ptr<Ovo::Pkt> pkt = Ovo::pktFactory(octets.data(), octets.size());
-  const uint64_t before = allocations;
-  for (auto _ : state) {
-    Zel::Ptr<LdpPduParser> p = ldpPduParserFactory(pkt, 0);
-    benchmark::DoNotOptimize(p->messageOffset(static_cast<uint32_t>(messages - 1)));
-    if (p->messageNum() != static_cast<uint32_t>(messages)) state.SkipWithError("bad parse");
-  }
-  perMessageCounters(state, messages, allocations - before);
-}
-BENCHMARK(BM_ParsePdu)->Arg(8)->Arg(20);
-
-// The floor: read each message's length field and step over the message.
-void BM_StepMessageHeaders(benchmark::State& state) {
-  const int messages = static_cast<int>(state.range(0));
-  const std::vector<uint8_t> octets = labelMappingPdu(messages);
-  Zel::Ptr<Ovo::Pkt> pkt = Ovo::pktFactory(octets.data(), octets.size());
-  const uint64_t before = allocations;
-  for (auto _ : state) {
-    const uint8_t* front = pkt->front();
-    const size_t end = pkt->frontBytes();
-    int found = 0;
-    for (size_t cursor = sizeof(LdpPduHdr); cursor < end; ++found) {
-      benchmark::DoNotOptimize(cursor);
-      cursor += overlay<LdpMsgHdr>(front + cursor)->totalLength();
-    }
-    if (found != messages) state.SkipWithError("bad walk");
-  }
-  perMessageCounters(state, messages, allocations - before);
-}
-BENCHMARK(BM_StepMessageHeaders)->Arg(8)->Arg(20);
-
-// A PDU of one Hello (common hello, IPv4 transport address, configuration sequence
-// number) or of one KeepAlive.
-std::vector<uint8_t> helloPdu() {
-  std::vector<uint8_t> v;
-  put16(v, 1);
-  put16(v, 6 + 32);
-  v.insert(v.end(), {0x0A, 0x00, 0x00, 0x01, 0x00, 0x00});
-  put16(v, LdpHello_);
-  put16(v, 28);
-  v.insert(v.end(), {0x00, 0x00, 0x00, 0x07});
-  put16(v, commonHelloTlv_);
-  put16(v, 4);
-  v.insert(v.end(), {0x00, 0x0F, 0x00, 0x00});
-  put16(v, ipv4TransportAddrTlv_);
-  put16(v, 4);
-  v.insert(v.end(), {0x0A, 0x00, 0x00, 0x01});
-  put16(v, configSeqNumTlv_);
-  put16(v, 4);
-  v.insert(v.end(), {0x00, 0x00, 0x00, 0x01});
-  return v;
-}
-
-std::vector<uint8_t> keepAlivePdu() {
-  std::vector<uint8_t> v;
-  put16(v, 1);
-  put16(v, 6 + 8);
-  v.insert(v.end(), {0x0A, 0x00, 0x00, 0x01, 0x00, 0x00});
-  put16(v, LdpKeepAlive_);
-  put16(v, 4);
-  v.insert(v.end(), {0x00, 0x00, 0x00, 0x08});
-  return v;
+// A PDU of `count` messages of one kind, ids from `firstId`.
+Zel::Ptr<Ovo::Pkt> pduOf(const MessageKind& k, int count, uint32_t firstId = 1) {
+  PduBuilder b(local);
+  for (int i = 0; i < count; ++i) k.add(b, firstId + static_cast<uint32_t>(i));
+  return b.pkt();
 }
 
 // 32 PDUs of 4 to 16 Label Mappings, with a Hello and a KeepAlive PDU after every
 // third: 320 Label Mappings among 340 messages.
-std::vector<Zel::Ptr<Ovo::Pkt>> mixedStream(uint32_t* messages) {
-  std::vector<Zel::Ptr<Ovo::Pkt>> stream;
-  *messages = 0;
-  auto add = [&](const std::vector<uint8_t>& v, uint32_t n) {
-    stream.push_back(Ovo::pktFactory(v.data(), v.size()));
-    *messages += n;
-  };
+Stream mixedStream() {
+  Stream stream;
   for (int i = 0; i < 32; ++i) {
-    const int mappings = 4 + (i % 4) * 4;
-    add(labelMappingPdu(mappings), static_cast<uint32_t>(mappings));
+    stream.push_back(pduOf(kind("LabelMapping"), 4 + (i % 4) * 4, 1 + 16 * i));
     if (i % 3 == 2) {
-      add(helloPdu(), 1);
-      add(keepAlivePdu(), 1);
+      stream.push_back(pduOf(kind("Hello"), 1));
+      stream.push_back(pduOf(kind("KeepAlive"), 1));
     }
   }
   return stream;
 }
 
 // The floor: step over every PDU's message headers.
-uint32_t walkHeaders(const std::vector<Zel::Ptr<Ovo::Pkt>>& stream) {
+uint32_t walkHeaders(const Stream& stream) {
   uint32_t found = 0;
   for (const Zel::Ptr<Ovo::Pkt>& pkt : stream) {
     const uint8_t* front = pkt->front();
@@ -181,7 +170,7 @@ uint32_t walkHeaders(const std::vector<Zel::Ptr<Ovo::Pkt>>& stream) {
 
 // Every PDU parsed, then every message to its verdict; `msgAllocs` receives the
 // allocations made by the message parsers alone.
-uint32_t parseToVerdicts(const std::vector<Zel::Ptr<Ovo::Pkt>>& stream, uint64_t* msgAllocs) {
+uint32_t parseToVerdicts(const Stream& stream, uint64_t* msgAllocs) {
   uint32_t valid = 0;
   for (const Zel::Ptr<Ovo::Pkt>& pkt : stream) {
     Zel::Ptr<LdpPduParser> pdu = ldpPduParserFactory(pkt, 0);
@@ -203,9 +192,8 @@ double cpuSeconds() {
   return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
-void BM_ParseMixedStream(benchmark::State& state) {
-  uint32_t messages = 0;
-  const std::vector<Zel::Ptr<Ovo::Pkt>> stream = mixedStream(&messages);
+void parseStream(benchmark::State& state, const Stream& stream) {
+  const uint32_t messages = walkHeaders(stream);
   // The walk is far shorter than the parse: repeat it so the clock's own cost
   // does not dominate its time.
   constexpr int walkRepeats = 32;
@@ -229,10 +217,44 @@ void BM_ParseMixedStream(benchmark::State& state) {
   }
   const double parsed = static_cast<double>(state.iterations()) * messages;
   state.SetItemsProcessed(state.iterations() * messages);
+  state.counters["nsPerMsg"] = parseTime / parsed * 1e9;
   state.counters["ratioToHeaderWalk"] = parseTime / walkTime * walkRepeats;
   state.counters["allocsPerMsg"] = static_cast<double>(msgAllocs) / parsed;
   state.counters["allocsPerMsgWithPdu"] = static_cast<double>(allocs) / parsed;
 }
-BENCHMARK(BM_ParseMixedStream)->UseManualTime();
+
+const bool registered = [] {
+  for (const MessageKind& k : messageKinds()) {
+    benchmark::RegisterBenchmark(("BM_ParseMessage/" + std::string(k.name)).c_str(),
+                                 [&k](benchmark::State& state) {
+                                   Stream stream;
+                                   for (int i = 0; i < 16; ++i) {
+                                     stream.push_back(pduOf(k, 16, 1 + 16 * i));
+                                   }
+                                   parseStream(state, stream);
+                                 })
+        ->UseManualTime();
+  }
+  benchmark::RegisterBenchmark("BM_ParseMixedStream", [](benchmark::State& state) {
+    parseStream(state, mixedStream());
+  })->UseManualTime();
+  return true;
+}();
+
+// ldpPduParserFactory alone: the header checks and the walk over the messages.
+void BM_ParsePdu(benchmark::State& state) {
+  const int messages = static_cast<int>(state.range(0));
+  const Zel::Ptr<Ovo::Pkt> pkt = pduOf(kind("LabelMapping"), messages);
+  const uint64_t before = allocations;
+  for (auto _ : state) {
+    Zel::Ptr<LdpPduParser> p = ldpPduParserFactory(pkt, 0);
+    benchmark::DoNotOptimize(p->messageOffset(static_cast<uint32_t>(messages - 1)));
+    if (p->messageNum() != static_cast<uint32_t>(messages)) state.SkipWithError("bad parse");
+  }
+  state.SetItemsProcessed(state.iterations() * messages);
+  state.counters["allocsPerPdu"] =
+      static_cast<double>(allocations - before) / static_cast<double>(state.iterations());
+}
+BENCHMARK(BM_ParsePdu)->Arg(8)->Arg(20);
 
 }  // namespace
