@@ -53,7 +53,7 @@ struct Drain {
 
 }  // namespace
 
-void* Recycled::operator new(size_t size) {
+void* Recycled::operator new(size_t size) {  // NOLINT(misc-new-delete-overloads)
   if (recyclingOn && size > 0 && size <= maxRecycledSize) {
     const size_t c = classOf(size);
     if (FreeBlock* b = lists.head[c]) {

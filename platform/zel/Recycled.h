@@ -22,8 +22,10 @@ class Recycled {
   static constexpr size_t maxRecycledSize = 512;
   static constexpr size_t maxFreeBlocks = 256;
 
-  static void* operator new(size_t size);
-  // Sized: the virtual destructor of the object passes its dynamic size.
+  // Only the sized delete is declared: a class-scope delete without the size
+  // parameter would be chosen over it, and the free lists need the size, which the
+  // virtual destructor passes for the object's dynamic type.
+  static void* operator new(size_t size);  // NOLINT(misc-new-delete-overloads)
   static void operator delete(void* block, size_t size) noexcept;
 
   // Whether the lists are in use (false under AddressSanitizer).
