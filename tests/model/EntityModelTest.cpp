@@ -78,7 +78,6 @@ TEST(Entity, SettersAndCountersNotifyOnlyOnChange) {
   EXPECT_EQ(t->level(), 0u);
   EXPECT_EQ(t->colour(), red_);
   EXPECT_EQ(t->delta(), -1);
-  EXPECT_EQ(Node::version(), 3);
   TopWatch w(t);
   t->colourIs(blue_);
   t->colourIs(blue_);  // unchanged: nothing
@@ -213,7 +212,8 @@ TEST(EntityReactor, RegistrationFollowsTheNotifierAndHoldsItAlive) {
 TEST(EntityReactor, NonConstReactorMayChangeAnotherAttribute) {
   class Follower : public Node::Notifiee {
    public:
-    void onLevel() override { notifier()->colourIs(green_); }
+    // The handler sees the new value.
+    void onLevel() override { notifier()->colourIs(notifier()->level() == 1 ? green_ : blue_); }
   };
   Zel::Ptr<Node> n = nodeFactory("n");
   Follower f;
@@ -368,8 +368,6 @@ TEST(ValueType, FieldsDefaultsAndEquality) {
   const Sample d;
   EXPECT_EQ(d, Sample(7, 0.5, false, green_, ""));
   EXPECT_EQ(Sample::limit(), 100u);
-  EXPECT_EQ(Sample::zelType().attr("count")->id, 2u);
-  EXPECT_EQ(Sample::zelType().attr("limit")->id, 7u);
   EXPECT_TRUE(!d);
 
   const Sample s(3, 1.25, true, blue_, "it's");

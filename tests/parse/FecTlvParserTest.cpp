@@ -1,6 +1,7 @@
-// The FEC TLV parser: every element kind, each failure with its status and text,
-// the wildcard rules under both settings, the P2MP element's extent, the trace,
-// the element collection and the assertions that guard the payloads.
+// The FEC TLV parser: every element kind but the PW id (PwIdElementTest), each
+// failure with its status and text, the wildcard rules under both settings, the
+// P2MP element's extent, the trace, the element collection and the assertions
+// that guard the payloads.
 //
 // FEC TLVs are built inside a Label Mapping message of a PDU, and the packet has
 // three leading octets, so packet offsets differ from PDU offsets.
@@ -183,28 +184,6 @@ TEST(FecTlvParser, P2mpElement) {
   fails({p2mpElement(1, root, {0xAB}, 2)}, malformedTlv_, mismatch);
   // The element runs to the TLV's end: nothing may follow it.
   fails({p2mpElement(1, root, {0xAB}), wildcardFec()}, malformedTlv_, mismatch);
-}
-
-TEST(FecTlvParser, PwIdElement) {
-  // PW type 5 (ethernet) with the C bit, group 7; PW id 100, then none.
-  const Bytes pw100 = {0x80, 0x80, 0x05, 4, 0, 0, 0, 7, 0, 0, 0, 100};
-  Zel::Ptr<LdpFecTlvParser> p = parse({pw100});
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_FALSE(p->hasWildcardFecElement());
-  EXPECT_EQ(p->fecElement(0)->type(), pwIdElement_);
-  EXPECT_EQ(p->fecElement(0)->pwFwdEqvCls().fwdEqvClass().pwId(), Pseudowire::PseudowireId(100));
-  const std::string form = p->fecElement(0)->stringValue().str();
-  EXPECT_EQ(form.substr(0, 30), "pw100:ethernet:cbit1 groupId=7") << form;
-
-  p = parse({{0x80, 0x80, 0x05, 0, 0, 0, 0, 7}});
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_TRUE(p->hasWildcardFecElement());
-
-  // The element parser's verdict becomes the FEC TLV's.
-  p = parse({{0x80, 0x80, 0x05, 4, 0, 0, 0, 7, 0, 0, 0, 0}});
-  EXPECT_EQ(p->statusCode(), malformedTlv_);
-  EXPECT_FALSE(p->reason().empty());
-  EXPECT_EQ(p->fecElements(), 0u);
 }
 
 TEST(FecTlvParser, TlvMustFitThePacket) {

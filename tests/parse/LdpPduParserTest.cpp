@@ -43,10 +43,7 @@ TEST(LdpPduParser, FindsEveryMessageOfAValidPdu) {
   EXPECT_TRUE(p->initialized());
   EXPECT_TRUE(p->reason().empty());
   EXPECT_EQ(reinterpret_cast<const uint8_t*>(p->header()), pkt->front() + 3);
-  EXPECT_EQ(p->version(), 1);
-  EXPECT_EQ(p->length(), 38);
   EXPECT_EQ(p->totalLength(), 42);
-  EXPECT_EQ(p->ldpIdentifier(), kId);
   ASSERT_EQ(p->messageNum(), 3u);
   EXPECT_EQ(p->messageOffset(0), 13u);
   EXPECT_EQ(p->messageOffset(1), 29u);

@@ -44,10 +44,6 @@ TEST(MsgParserLabelMapping, RecordsItsTlvsInThePacket) {
   ASSERT_EQ(p->ldpFecTlvParser()->fecElements(), 1u);
   EXPECT_EQ(p->ldpFecTlvParser()->offset(), 8u);
   EXPECT_EQ(reinterpret_cast<const uint8_t*>(p->msgGenLabelTlv()), pkt->front() + 18);
-  EXPECT_EQ(p->msgGenLabelTlv()->label(), 0x12345u);
-  EXPECT_EQ(p->msgReqMsgIdTlv()->reqMsgId(), 9u);
-  EXPECT_EQ(p->msgHopCountTlv()->hopCount(), 3);
-  EXPECT_EQ(p->msgPathVectorTlv()->lsrIdNum(), 2u);
   EXPECT_EQ(p->msgPwStatusTlv()->type(), pwStatusTlv_);
   EXPECT_EQ(p->msgStatusTlv(), nullptr);
   EXPECT_EQ(p->stringValue(),
@@ -121,9 +117,6 @@ TEST(MsgParserLabelRequest, RulesAndForm) {
                                    .hopCount(0)
                                    .pathVector({0x01010101}));
   ASSERT_TRUE(p->validMsg()) << p->reason();
-  const auto& req = static_cast<const LdpLabelRequestMsgParser&>(*p);
-  EXPECT_EQ(req.msgHopCountTlv()->hopCount(), 0);
-  EXPECT_EQ(req.msgPathVectorTlv()->lsrId(0), Ovo::IpAddr(0x01010101));
   EXPECT_EQ(p->stringValue(), "LDP Label Request Msg:\n   Msg Id: 77,\n   FEC: " +
                                   p->ldpFecTlvParser()->stringValue().str() +
                                   "\n   LdpHopCountTlv: 0\n   LdpPathVectorTlv: [1.1.1.1]");
@@ -201,7 +194,6 @@ TEST(MsgParserLabelWithdrawAndRelease, RulesAndForms) {
 TEST(MsgParserLabelAbortReq, RulesAndForm) {
   LdpMsgParser::Ptr p = parsed(msg(LdpLabelAbortReq_).fec({prefix10}).labelReqMsgId(12));
   ASSERT_TRUE(p->validMsg()) << p->reason();
-  EXPECT_EQ(static_cast<const LdpLabelAbortReqMsgParser&>(*p).msgReqMsgIdTlv()->reqMsgId(), 12u);
   EXPECT_EQ(p->stringValue(), "LDP Label Abort Request Msg:\n   Msg Id: 77,\n   FEC: " +
                                   p->ldpFecTlvParser()->stringValue().str() +
                                   "\n   LabelReqMsgIdTlv: ID(12)");

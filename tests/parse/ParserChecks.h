@@ -1,16 +1,15 @@
 #pragma once
-// Helpers the parser suites share: the message parser of a built message, the
-// check of a list of refusals, and the collection of the trace a parse writes.
+// Helpers the parser suites share: the message parser of a built message and the
+// check of a list of refusals (and, through Traced.h, the trace a parse writes).
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "core/LdpTrace.h"
 #include "parse/LdpMsgParser.h"
 #include "tests/support/PduBuilder.h"
+#include "tests/support/Traced.h"
 
 namespace LdpTest {
 
@@ -36,24 +35,6 @@ inline void expectRefusals(const std::vector<Refusal>& cases, const std::string&
     EXPECT_EQ(p->reason(), c.reason);
     EXPECT_EQ(p->stringValue(), prefix + c.reason);
   }
-}
-
-// The traces the last traced() collected.
-inline std::vector<std::string> traces;
-
-// Runs `f` with the traces of level 6 and below collected in `traces`, and
-// returns what `f` returns. The previous sink and level are restored.
-template <class F>
-auto traced(F f) {
-  traces.clear();
-  const Ldp::TraceSink oldSink =
-      Ldp::traceSinkIs([](int, std::string_view text) { traces.emplace_back(text); });
-  const int oldLevel = Ldp::traceLevel();
-  Ldp::traceLevelIs(6);
-  auto result = f();
-  Ldp::traceSinkIs(oldSink);
-  Ldp::traceLevelIs(oldLevel);
-  return result;
 }
 
 }  // namespace LdpTest

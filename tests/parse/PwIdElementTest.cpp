@@ -78,28 +78,21 @@ void expectFailures(const std::vector<Failure>& cases) {
 }
 
 TEST(PwIdElement, FecAndEveryParameter) {
-  const Bytes params = pwSubTlv(0x01, 4) + pwSubTlv(0x03, 8) + pwSubTlv(0x06, 4) +
-                       pwSubTlv(0x09, 4) + pwSubTlv(0x0C, 4);
-  Bytes value = element(100, params);
-  const Bytes mtu = {0x05, 0xDC}, desc = {'t', 'o', ' ', 'c', 'e', '1'}, vlan = {0x0F, 0xFE},
-              vccv = {0x03, 0x12};
-  std::copy(mtu.begin(), mtu.end(), value.begin() + 14);
-  std::copy(desc.begin(), desc.end(), value.begin() + 18);
-  std::copy(vlan.begin(), vlan.end(), value.begin() + 26);
-  std::copy(vccv.begin(), vccv.end(), value.begin() + 34);
-
+  // MTU 1500, description "to ce1", VLAN 4094, fragmentation, VCCV CC 0x03 and CV 0x12.
+  const Bytes value =
+      element(100, Bytes{0x01, 4, 0x05, 0xDC} + Bytes{0x03, 8, 't', 'o', ' ', 'c', 'e', '1'} +
+                       Bytes{0x06, 4, 0x0F, 0xFE} + pwSubTlv(0x09, 4) + Bytes{0x0C, 4, 0x03, 0x12});
   const Zel::Ptr<LdpFecTlvParser> p = parseFecTlv(value);
   ASSERT_EQ(p->statusCode(), success_) << p->reason();
   EXPECT_EQ(p->reason().view(), "");
   ASSERT_EQ(p->fecElements(), 1u);
   EXPECT_FALSE(p->hasWildcardFecElement());
-  const PwFwdEqvClassInfo& info = p->fecElement(0)->pwFwdEqvCls();
-  EXPECT_EQ(info.fwdEqvClass(),
-            PwFwdEqvClass(PseudowireId(100), PseudowireType(PseudowireType::ethernet), true));
-  EXPECT_EQ(info.params(),
-            PwFwdEqvClassParams(GroupId(5), 1500, "to ce1", Bridging::VlanIdOrNone(4094), true,
-                                0x03, VccvCvTypes(0x12)));
-  EXPECT_EQ(info.intfParamFlags(), LdpPwIntfParamFlags(true, true, true, true, true));
+  EXPECT_EQ(p->fecElement(0)->type(), pwIdElement_);
+  EXPECT_EQ(p->fecElement(0)->stringValue(),
+            "pw100:ethernet:cbit1 groupId=5 mtu=1500 intfDescription=\"to ce1\" reqVlanId=4094 "
+            "fragCapable=True vccvCcTypes=3 vccvCvTypes=0x12");
+  EXPECT_EQ(p->fecElement(0)->pwFwdEqvCls().intfParamFlags(),
+            LdpPwIntfParamFlags(true, true, true, true, true));
 }
 
 TEST(PwIdElement, UnknownSubTlvsAreSkippedAndAbsentOnesLeftAtDefault) {
@@ -176,9 +169,7 @@ TEST(PwIdElement, HeadFailures) {
 
 TEST(PwIdElement, SubTlvFailures) {
   const std::string e = "Invalid PW Intf param element: ";
-  Bytes vlan4095 = pwSubTlv(0x06, 4);
-  vlan4095[2] = 0x0F;
-  vlan4095[3] = 0xFF;
+  const Bytes vlan4095 = {0x06, 4, 0x0F, 0xFF};
   Bytes descTab = pwSubTlv(0x03, 5, 'a');
   descTab[3] = '\t';
   expectFailures({
@@ -209,9 +200,7 @@ TEST(PwIdElement, SubTlvFailures) {
 }
 
 TEST(PwIdElement, ParameterBoundariesThatPass) {
-  Bytes vlan4094 = pwSubTlv(0x06, 4);
-  vlan4094[2] = 0x0F;
-  vlan4094[3] = 0xFE;
+  const Bytes vlan4094 = {0x06, 4, 0x0F, 0xFE};
   const Zel::Ptr<LdpFecTlvParser> p =
       parseFecTlv(element(0xFFFFFFFF, pwSubTlv(0x03, 82, '~') + vlan4094 + pwSubTlv(0x06, 4)));
   ASSERT_EQ(p->statusCode(), success_) << p->reason();

@@ -22,18 +22,13 @@ uint32_t u32At(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t at) {
 }
 
 TEST(TlvParsers, ReadFieldsInPlaceAtTheirOffsets) {
-  // Every TLV back to back after 3 lead octets; at[i] is where the i-th starts.
+  // TLVs back to back after 3 lead octets; at[i] is where the i-th starts.
   const std::vector<std::pair<uint32_t, std::vector<uint8_t>>> tlvs = {
       {commonHelloTlv_, {0x00, 0x2D, 0x80, 0x00}},
       {commonSessionParamTlv_, {0, 1, 0, 180, 0, 0, 0x10, 0, 10, 0, 0, 2, 0, 3}},
       {statusTlv_, {0x80, 0, 0, 5, 1, 2, 3, 4, 0x01, 0x00}},
-      {genLabelTlv_, {0xFF, 0xF0, 0x00, 0x10}},
-      {labelReqMsgIdTlv_, {0, 0, 1, 0}},
       {addrListTlv_, {0, 1, 10, 0, 0, 1, 10, 0, 0, 2}},
-      {ipv4TransportAddrTlv_, {192, 0, 2, 1}},
       {ipv6TransportAddrTlv_, {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}},
-      {configSeqNumTlv_, {0xDE, 0xAD, 0xBE, 0xEF}},
-      {hopCountTlv_, {7}},
       {pathVectorTlv_, {1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3}},
       {ftSessionTlv_, {0x80, 0x01, 0, 0, 0, 0, 0x0B, 0xB8, 0, 0, 0x27, 0x10}},
   };
@@ -65,18 +60,13 @@ TEST(TlvParsers, ReadFieldsInPlaceAtTheirOffsets) {
   EXPECT_EQ(status->msgId(), 0x01020304u);
   EXPECT_EQ(status->msgType(), LdpHello_);
 
-  EXPECT_EQ(ldpGenLabelTlvParserFactory(pkt, at[3])->label(), 16u);
-  EXPECT_EQ(ldpLabelReqMsgIdTlvParserFactory(pkt, at[4])->reqMsgId(), 256u);
-  auto addrs = ldpAddressListTlvParserFactory(pkt, at[5]);
+  auto addrs = ldpAddressListTlvParserFactory(pkt, at[3]);
   EXPECT_EQ(addrs->family(), 1);
   EXPECT_EQ(addrs->numAddress(), 2u);
-  EXPECT_EQ(ldpIpTransportAddrTlvParserFactory(pkt, at[6])->ipAddr().stringValue(), "192.0.2.1");
-  EXPECT_EQ(ldpIp6TransportAddrTlvParserFactory(pkt, at[7])->ip6Addr().stringValue(),
+  EXPECT_EQ(ldpIp6TransportAddrTlvParserFactory(pkt, at[4])->ip6Addr().stringValue(),
             "2001:db8::1");
-  EXPECT_EQ(ldpConfigSeqNumTlvParserFactory(pkt, at[8])->configSeqNum(), 0xDEADBEEFu);
-  EXPECT_EQ(ldpHopCountTlvParserFactory(pkt, at[9])->hopCount(), 7);
-  EXPECT_EQ(ldpPathVectorTlvParserFactory(pkt, at[10])->lsrIdNum(), 3u);
-  EXPECT_TRUE(ldpFtSessionTlvParserFactory(pkt, at[11])->learnFromNetwork());
+  EXPECT_EQ(ldpPathVectorTlvParserFactory(pkt, at[5])->lsrIdNum(), 3u);
+  EXPECT_TRUE(ldpFtSessionTlvParserFactory(pkt, at[6])->learnFromNetwork());
 }
 
 TEST(TlvParsers, SettersPatchOnlyTheirBits) {
@@ -105,29 +95,17 @@ TEST(TlvParsers, SettersPatchOnlyTheirBits) {
   EXPECT_FALSE(ftSession->learnFromNetwork());
 }
 
-TEST(TlvParsers, ValidateAndPrintThroughTheOverlay) {
+// (Absent TLVs, and an overlay's own verdict on a present one, are checked below.)
+TEST(TlvParsers, TheFieldsOfAnInvalidTlvStillRead) {
   const Zel::Ptr<Ovo::Pkt> pkt =
       PduBuilder::bare()
-          .tlv(commonSessionParamTlv_, {0, 1, 0, 180, 0xC0, 0, 0x10, 0, 10, 0, 0, 2, 0, 3})
           .tlv(commonSessionParamTlv_, {0, 1, 0, 2, 0, 0, 0x10, 0, 10, 0, 0, 2, 0, 3})
-          .tlv(genLabelTlv_, {0, 0, 0, 16, 0})
           .pkt();
-  auto good = ldpCommonSessionParamTlvParserFactory(pkt, 0);
-  EXPECT_EQ(good->validate(), success_);
-  EXPECT_EQ(good->stringValue(),
-            "LdpCommonSessionParamTlv: KA(180), A(1), D(1), PduLen(4096), "
-            "10.0.0.2:3");
-  auto badKeepAlive = ldpCommonSessionParamTlvParserFactory(pkt, 18);
+  auto badKeepAlive = ldpCommonSessionParamTlvParserFactory(pkt, 0);
   EXPECT_EQ(badKeepAlive->validate(), sessionRejectBadKeepAliveTime_);
   EXPECT_EQ(badKeepAlive->stringValue(),
             "Error LdpCommonSessionParamTlv: sessionRejectBadKeepAliveTime");
-  // The fields of an invalid TLV still read.
   EXPECT_EQ(badKeepAlive->keepAliveTime(), 2);
-
-  auto label = ldpGenLabelTlvParserFactory(pkt, 36);
-  EXPECT_EQ(label->validate(), badTlvLength_);
-  EXPECT_EQ(label->stringValue(), "Error GenLabelTlv: badTlvLength");
-  EXPECT_EQ(label->label(), 16u);
 }
 
 TEST(TlvParsers, PwStatusFlagsByBit) {

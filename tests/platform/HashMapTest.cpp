@@ -84,7 +84,8 @@ uint32_t fillToGrowthPoint(Map& m) {
   }
 }
 
-TEST(HashMapBasics, InsertAndFind) {
+// (Insert, erase and find at random are checked against std::unordered_map below.)
+TEST(HashMapBasics, EmptyTableAndTheValuePointer) {
   IntMap m;
   const IntMap& cm = m;
   EXPECT_TRUE(m.empty());
@@ -95,21 +96,12 @@ TEST(HashMapBasics, InsertAndFind) {
   m.clear();
   EXPECT_TRUE(m.invariantsHold());
 
-  auto [v, inserted] = m.insert(5, 50);
-  EXPECT_TRUE(inserted);
-  EXPECT_EQ(*v, 50u);
-  EXPECT_EQ(m.size(), 1u);
+  // The pointer returned, for a new key or a present one, is the stored value.
+  uint64_t* v = m.insert(5, 50).first;
   EXPECT_EQ(v, m.find(5));
-  EXPECT_EQ(*cm.find(5), 50u);
-  EXPECT_EQ(m.find(6), nullptr);
-  // Inserting a present key leaves its value; the pointer returned is the stored value.
-  auto [again, insertedAgain] = m.insert(5, 99);
-  EXPECT_FALSE(insertedAgain);
-  EXPECT_EQ(again, v);
-  EXPECT_EQ(*v, 50u);
-  *again = 51;
-  EXPECT_EQ(*m.find(5), 51u);
-  EXPECT_EQ(m.size(), 1u);
+  EXPECT_EQ(m.insert(5, 99).first, v);
+  *v = 51;
+  EXPECT_EQ(*cm.find(5), 51u);
 }
 
 TEST(HashMapBasics, EraseAndClearKeepTheCapacity) {
@@ -121,12 +113,6 @@ TEST(HashMapBasics, EraseAndClearKeepTheCapacity) {
   EXPECT_FALSE(m.erase(1000));
   EXPECT_EQ(m.size(), 999u);
   EXPECT_EQ(m.find(42), nullptr);
-  constexpr uint64_t kAbsent = ~uint64_t{0};
-  for (uint32_t k = 0; k < 1000; ++k) {
-    const uint64_t* v = m.find(k);
-    EXPECT_EQ(v ? *v : kAbsent, k == 42 ? kAbsent : k * 2) << k;
-  }
-  EXPECT_TRUE(m.invariantsHold());
   for (uint32_t k = 0; k < 1000; ++k) ASSERT_EQ(m.erase(k), k != 42);
   EXPECT_TRUE(m.empty());
   EXPECT_EQ(m.begin(), m.end());
@@ -187,17 +173,10 @@ TEST(HashMapBasics, ReserveAndTheGrowthPoint) {
 }
 
 // (That iteration visits each entry once is checked against std::unordered_map below.)
-TEST(HashMapIteration, ValuesAreWritable) {
+TEST(HashMapIteration, WritableConstConversionAndOrder) {
   IntMap m;
-  for (uint32_t k = 0; k < 3000; k += 3) m.insert(k, k + 1);
-  for (auto& e : m) e.value = e.key * 10;
-  for (uint32_t k = 0; k < 3000; k += 3) EXPECT_EQ(*m.find(k), k * 10);
-  EXPECT_EQ(static_cast<size_t>(std::distance(m.begin(), m.end())), m.size());
-}
-
-TEST(HashMapIteration, ConstIterationConversionAndOrder) {
-  IntMap m;
-  for (uint32_t k = 0; k < 50; ++k) m.insert(k, k);
+  for (uint32_t k = 0; k < 50; ++k) m.insert(k, k + 1);
+  for (auto& e : m) e.value = e.key;
   const IntMap& cm = m;
   uint64_t sum = 0;
   for (const auto& e : cm) sum += e.value;
@@ -353,7 +332,6 @@ TEST(HashMapValues, NoLeaksAndMoveOnlyValues) {
 }
 
 // Randomised differential testing against std::unordered_map.
-// against std::unordered_map
 
 struct Phase {
   int ops;

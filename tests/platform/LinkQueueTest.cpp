@@ -18,25 +18,14 @@ std::vector<T> contents(const LinkQueue<T>& q) {
   return std::vector<T>(q.begin(), q.end());
 }
 
-TEST(LinkQueueBasics, FifoOrderAndBound) {
+// (Order, size and bound under random pushes and pops are checked against std::deque below.)
+TEST(LinkQueueBasics, IterationWrapsAndFrontIsWritable) {
   LinkQueue<int> q(3);
-  EXPECT_EQ(q.size(), 0u);
-  EXPECT_TRUE(q.empty());
-  EXPECT_FALSE(q.full());
   EXPECT_EQ(q.begin(), q.end());
-  q.push(1);
-  q.push(2);
-  EXPECT_EQ(q.front(), 1);
-  EXPECT_EQ(q.back(), 2);
-  q.push(3);
-  EXPECT_TRUE(q.full());
-  EXPECT_EQ(contents(q), (std::vector<int>{1, 2, 3}));
+  for (int i = 1; i <= 3; ++i) q.push(i);
   q.pop();
-  EXPECT_FALSE(q.full());
   q.push(4);  // wraps around the ring
   EXPECT_EQ(contents(q), (std::vector<int>{2, 3, 4}));
-  EXPECT_EQ(q.front(), 2);
-  EXPECT_EQ(q.back(), 4);
   q.front() = 20;
   EXPECT_EQ(contents(q), (std::vector<int>{20, 3, 4}));
   q.clear();

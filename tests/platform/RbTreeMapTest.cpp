@@ -18,30 +18,21 @@ namespace {
 using Zel::RbTreeMap;
 using Zel::String;
 
-TEST(RbTreeMapBasics, InsertFindErase) {
+// (Insert, erase and lookups at random are checked against std::map below.)
+TEST(RbTreeMapBasics, EmptyMapStablePointersAndClear) {
   RbTreeMap<int, String> m;
   EXPECT_TRUE(m.empty());
   EXPECT_EQ(m.find(1), nullptr);
   EXPECT_FALSE(m.erase(1));
   EXPECT_EQ(m.begin(), m.end());
   EXPECT_EQ(m.findGreaterOrEqual(0), m.end());
-  auto [v, inserted] = m.insert(3, String("three"));
-  EXPECT_TRUE(inserted);
-  EXPECT_EQ(*v, "three");
-  auto [again, insertedAgain] = m.insert(3, String("drei"));
-  EXPECT_FALSE(insertedAgain);
-  EXPECT_EQ(again, v);
-  EXPECT_EQ(*again, "three");  // untouched
+  String* v = m.insert(3, String("three")).first;
+  EXPECT_EQ(m.insert(3, String("drei")).first, v);
   m.insert(1, String("one"));
-  EXPECT_EQ(m.size(), 2u);
-  ASSERT_NE(m.find(1), nullptr);
-  EXPECT_EQ(*m.find(1), "one");
   *m.find(1) = String("uno");
   const auto& cm = m;
   EXPECT_EQ(*cm.find(1), "uno");
   EXPECT_TRUE(m.erase(1));
-  EXPECT_FALSE(m.erase(1));
-  EXPECT_EQ(m.find(1), nullptr);
   EXPECT_EQ(v, m.find(3));  // node based: other entries do not move
   m.clear();
   EXPECT_TRUE(m.empty());
@@ -76,10 +67,6 @@ TEST(RbTreeMapIteration, KeyOrderWithKeyAndValue) {
 TEST(RbTreeMapIteration, FindGreaterOrEqualAndEraseByIterator) {
   RbTreeMap<int, int> m;
   for (int k = 10; k <= 50; k += 10) m.insert(k, k);
-  EXPECT_EQ(m.findGreaterOrEqual(30)->key, 30);
-  EXPECT_EQ(m.findGreaterOrEqual(31)->key, 40);
-  EXPECT_EQ(m.findGreaterOrEqual(-5)->key, 10);
-  EXPECT_EQ(m.findGreaterOrEqual(51), m.end());
   const auto& cm = m;
   EXPECT_EQ(cm.findGreaterOrEqual(11)->value, 20);
   // Walking on from the bound.

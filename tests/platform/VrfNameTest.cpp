@@ -20,8 +20,7 @@ TEST(VrfName, BareStringValueQuotedFormOrderAndLog) {
   EXPECT_EQ(red.value(), "red");
   expectForm(red, "'red'");
   expectForm(VrfName(), "''");
-  expectForm(VrfName("it's a \\ vrf"), "'it\\'s a \\\\ vrf'");
-  expectForm(VrfName(Zel::String("a_b,c}d e\n", 10)), "'a_b,c}d e\\x0a'");
+  expectForm(VrfName("it's"), "'it\\'s'");  // quoted as Zel::String is
   EXPECT_TRUE(!VrfName());
   EXPECT_FALSE(!red);
   EXPECT_EQ(VrfName(Zel::String("red")), red);  // implicit from Zel::String
@@ -46,10 +45,7 @@ TEST(VrfName, HundredBytesAcceptedHundredAndOneRefused) {
   o.putString(Zel::String(s101));
   std::vector<uint8_t> octets = o.bytes();
   expectLogRefused(octets, kTooLong, VrfName("blue"));
-
-  for (const char* bad : {"", "red", "'red", "'\\q'"}) {
-    expectRefused(bad, "Invalid string", VrfName("blue"));
-  }
+  expectRefused("red", "Invalid string", VrfName("blue"));
 
   expectOrdered<VrfName>(
       {VrfName(), VrfName("blue"), VrfName("default"), VrfName("red"), VrfName("red2")});

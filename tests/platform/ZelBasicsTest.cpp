@@ -65,15 +65,12 @@ TEST(ZelString, OrderIsByUnsignedBytesAndEveryEmptyStringIsEqual) {
                                 Zel::String("abd"), Zel::String("\x7f"), Zel::String("\x80")});
   const Zel::String a("abc");
   EXPECT_TRUE(a == "abc");
-  EXPECT_EQ(a <=> Zel::String("abc"), std::strong_ordering::equal);
   EXPECT_EQ((a + "def").view(), "abcdef");
-  EXPECT_EQ(a.str(), std::string("abc"));
 
   const Zel::String s(std::string_view("a\0b", 3));
   EXPECT_EQ(s.size(), 3u);
   EXPECT_EQ(s.charPtr()[3], '\0');  // still NUL-terminated after the bytes
   EXPECT_FALSE(s == "a");
-  EXPECT_EQ(s, Zel::String("a\0b", 3));
   EXPECT_NE(s.hash(), Zel::String("a").hash());
   EXPECT_EQ(streamed(s), std::string("a\0b", 3));
 
@@ -81,14 +78,12 @@ TEST(ZelString, OrderIsByUnsignedBytesAndEveryEmptyStringIsEqual) {
   const Zel::String d, e(""), n(static_cast<const char*>(nullptr)), v{std::string_view()};
   for (const Zel::String* s : {&d, &e, &n, &v}) {
     EXPECT_TRUE(s->empty());
-    EXPECT_EQ(s->size(), 0u);
     ASSERT_NE(s->charPtr(), nullptr);
     EXPECT_STREQ(s->charPtr(), "");
     EXPECT_TRUE(s->begin() == s->end());
     EXPECT_EQ(*s, d);
     EXPECT_EQ(s->hash(), d.hash());
   }
-  EXPECT_TRUE(d < Zel::String("a"));
   EXPECT_EQ((d + "x").view(), "x");
 }
 
@@ -108,16 +103,9 @@ TEST(StringForm, StringQuoting) {
   for (const auto& [value, form] : cases) expectForm(Zel::String(value), form);
   // Upper-case hex digits read as well.
   EXPECT_EQ(parsed<Zel::String>("'\\x4A\\x4b'"), Zel::String("JK"));
-  for (const char* text : {"", "abc", "'unterminated", "'bad escape \\q'", "'short \\x4'",
-                           "'not hex \\xg0'", "'trailing backslash\\"}) {
-    expectRefused<Zel::String>(text, "Invalid string");
-  }
-}
-
-TEST(StringForm, BoolsAndIntegers) {
-  expectForm(true, "True");
-  expectForm(false, "False");
-  for (const char* text : {"true", "1", "", "TRUE"}) expectRefused<bool>(text, "Invalid bool");
+  expectAllRefused<Zel::String>({"", "abc", "'unterminated", "'bad escape \\q'", "'short \\x4'",
+                                 "'not hex \\xg0'", "'trailing backslash\\"},
+                                "Invalid string");
 }
 
 // T's extremes print and read back; one past either end is refused.
@@ -128,6 +116,12 @@ void expectIntegerRange(const char* min, const char* max, const char* belowMin,
   expectForm(std::numeric_limits<T>::max(), max);
   expectRefused<T>(belowMin, "Invalid integer");
   expectRefused<T>(aboveMax, "Invalid integer");
+}
+
+TEST(StringForm, BoolsAndIntegers) {
+  expectForm(true, "True");
+  expectForm(false, "False");
+  expectAllRefused<bool>({"true", "1", "", "TRUE"}, "Invalid bool");
 
   expectIntegerRange<int8_t>("-128", "127", "-129", "128");
   expectIntegerRange<uint8_t>("0", "255", "-1", "256");
@@ -140,10 +134,8 @@ void expectIntegerRange(const char* min, const char* max, const char* belowMin,
   expectIntegerRange<uint64_t>("0", "18446744073709551615", "-0", "18446744073709551616");
   expectStops<uint16_t>("42abc", "42", "abc");
   // Nothing takes a plus sign, a letter or an empty text.
-  for (const char* text : {"+1", "", "x1"}) {
-    expectRefused<int32_t>(text, "Invalid integer");
-    expectRefused<uint32_t>(text, "Invalid integer");
-  }
+  expectAllRefused<int32_t>({"+1", "", "x1"}, "Invalid integer");
+  expectAllRefused<uint32_t>({"+1", "", "x1"}, "Invalid integer");
 }
 
 TEST(StringForm, Double) {
@@ -220,7 +212,6 @@ TEST(NboAttrLog, RecordFramingIsBigEndianAndCounted) {
 
   // A bounded log counts the framing octets against its capacity.
   Zel::NboAttrLog::Out small(20);
-  EXPECT_EQ(small.capacity(), 20u);
   EXPECT_TRUE(small.spaceFor(12));  // 8 framing octets + 12
   EXPECT_FALSE(small.spaceFor(13));
   small.attrBegin(1);

@@ -28,10 +28,10 @@ std::vector<uint8_t> words(const std::vector<uint32_t>& ws) {
 }  // namespace
 
 PduBuilder::PduBuilder(const Ldp::LdpIdentifier& id) : hasPduHeader_(true) {
-  append16(1);
-  append16(0);  // the length, filled in by bytes()
-  append32(id.lsrId().value());
-  append16(id.labelSpace().value());
+  push16(out_, 1);
+  push16(out_, 0);  // the length, filled in by bytes()
+  push32(out_, id.lsrId().value());
+  push16(out_, id.labelSpace().value());
 }
 
 PduBuilder PduBuilder::bare() { return PduBuilder(); }
@@ -50,9 +50,9 @@ PduBuilder& PduBuilder::message(uint32_t type, uint32_t msgId, uint16_t bits) {
   end();
   openMsg_ = out_.size();
   lastMsg_ = openMsg_;
-  append16(static_cast<uint16_t>((type & 0x7FFF) | (bits & uBit)));
-  append16(0);
-  append32(msgId);
+  push16(out_, (type & 0x7FFF) | (bits & uBit));
+  push16(out_, 0);
+  push32(out_, msgId);
   return *this;
 }
 
@@ -76,8 +76,8 @@ PduBuilder& PduBuilder::end() {
 
 PduBuilder& PduBuilder::tlv(uint32_t type, const std::vector<uint8_t>& value, uint16_t bits) {
   lastTlv_ = out_.size();
-  append16(static_cast<uint16_t>((type & 0x3FFF) | (bits & (uBit | fBit))));
-  append16(static_cast<uint16_t>(value.size()));
+  push16(out_, (type & 0x3FFF) | (bits & (uBit | fBit)));
+  push16(out_, static_cast<uint32_t>(value.size()));
   out_.insert(out_.end(), value.begin(), value.end());
   return *this;
 }
@@ -221,16 +221,6 @@ void PduBuilder::put16(size_t at, uint16_t v) {
   out_[at + 1] = static_cast<uint8_t>(v);
 }
 
-void PduBuilder::append16(uint16_t v) {
-  out_.push_back(static_cast<uint8_t>(v >> 8));
-  out_.push_back(static_cast<uint8_t>(v));
-}
-
-void PduBuilder::append32(uint32_t v) {
-  append16(static_cast<uint16_t>(v >> 16));
-  append16(static_cast<uint16_t>(v));
-}
-
 namespace {
 
 std::vector<uint8_t> addrElement(uint8_t type, uint16_t family, uint8_t lengthField,
@@ -264,13 +254,9 @@ std::vector<uint8_t> p2mpElement(uint16_t family, const std::vector<uint8_t>& ro
 }
 
 std::vector<uint8_t> genericLspId(uint32_t id) {
-  return {0x01,
-          0x00,
-          0x04,
-          static_cast<uint8_t>(id >> 24),
-          static_cast<uint8_t>(id >> 16),
-          static_cast<uint8_t>(id >> 8),
-          static_cast<uint8_t>(id)};
+  std::vector<uint8_t> v = {0x01, 0x00, 0x04};
+  push32(v, id);
+  return v;
 }
 
 }  // namespace LdpTest

@@ -88,8 +88,6 @@ class PduBuilder {
  private:
   PduBuilder() = default;
   void put16(size_t at, uint16_t v);
-  void append16(uint16_t v);
-  void append32(uint32_t v);
 
   std::vector<uint8_t> out_;
   bool hasPduHeader_ = false;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -101,6 +102,13 @@ void expectRefused(std::string_view text, std::string_view message, const T& sen
   expectRangeError([&] { sequenceToValue(it, s.end(), &out); }, message);
   EXPECT_TRUE(out == sentinel);
   EXPECT_TRUE(it == s.begin());
+}
+
+// Each of `texts` is refused as expectRefused() checks.
+template <class T>
+void expectAllRefused(std::initializer_list<const char*> texts, std::string_view message,
+                      const T& sentinel = T{}) {
+  for (const char* text : texts) expectRefused<T>(text, message, sentinel);
 }
 
 // The value octets attrLogWrite() produces (the record framing stripped).

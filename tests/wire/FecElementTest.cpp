@@ -128,7 +128,6 @@ TEST(LdpP2mpFecElement, EqualityAndForms) {
   const LdpP2mpFecElement a(v4(0x0A000001), opaque);
   const LdpP2mpFecElement b(v4(0x0A000001), Zel::String(std::string(opaque.view())));
   EXPECT_TRUE(a == b);
-  EXPECT_EQ(a.stringValue(), b.stringValue());
   EXPECT_EQ(a.stringValue(), Zel::String("10.0.0.1_") + opaque.view());
   EXPECT_FALSE(a == LdpP2mpFecElement(v4(0x0A000002), opaque));
   EXPECT_FALSE(a == LdpP2mpFecElement(v4(0x0A000001), Zel::String("\x01", 1)));

@@ -34,15 +34,6 @@ LdpStatusCode validated(uint16_t typeField) {
 
 }  // namespace
 
-TEST(TlvHdrValidate, NamedCases) {
-  EXPECT_EQ(validated(0x0603), unknownTlv_);
-  EXPECT_EQ(validated(0x8603), unknownMessageTypeIgnore_);
-  EXPECT_EQ(validated(0x3E00), success_);
-  EXPECT_EQ(validated(0x3FFF), success_);
-  EXPECT_EQ(validated(0x3E01), unknownTlv_);
-  EXPECT_EQ(validated(0x3F01), unknownTlv_);
-}
-
 // Every 14-bit type under all four U/F combinations: a known type passes whatever
 // the flags; an unknown one is ignored silently exactly when U is set.
 TEST(TlvHdrValidate, EveryTypeAndFlagCombination) {
@@ -96,7 +87,6 @@ TEST(MsgHdr, FieldsInPlaceAndTypeKeepsUBit) {
   EXPECT_EQ(b[1], 0x00);
   EXPECT_FALSE(m->unknown());
   m->unknownIs(true);
-  EXPECT_EQ(b[0], 0xC1);
   m->typeIs(0x4100);
   EXPECT_EQ(b[0], 0xC1);
   EXPECT_TRUE(m->unknown());
@@ -131,15 +121,12 @@ TEST(PduHdr, FieldsInPlaceAndStringForm) {
   EXPECT_EQ(p->stringValue(), "LdpPduHdr: Ver(515),Len(65532),LdpId: 192.168.0.1:258");
 }
 
-TEST(HeaderFields, ReflectionForms) {
+TEST(HeaderTypes, ReflectionFormsAndOverlayRegistration) {
   EXPECT_EQ(valueToStrep(LdpTlvTypeField(0x4101)),
             "Value('Ldp::LdpTlvTypeField', ** {'unknown': False, 'forwardUnknown': True, "
             "'type': addrListTlv})");
   EXPECT_EQ(valueToStrep(LdpHdrMsgUbitAndTypeField(0x8100)),
             "Value('Ldp::LdpHdrMsgUbitAndTypeField', ** {'unknown': True, 'type': LdpHello})");
-}
-
-TEST(HeaderTypes, RegisteredAsOverlays) {
   const LdpPduHdr pdu{};
   const LdpMsgHdr msg{};
   const LdpTlvHdr tlv{};
