@@ -114,12 +114,13 @@ class Dumper : public TcpSink {
   void verdictText(Ldp::LdpStatusCode code, const Zel::String& reason);
   void verdictJson(Ldp::LdpStatusCode code, const Zel::String& reason);
   void timeText(int64_t sec, int32_t usec);
-  void problem(const PduOrigin& origin, const char* what, std::string_view text);
   void eventOut(const PduOrigin& origin, const char* kind, uint64_t octets,
                 const std::string& detail);
   void statsText(const TcpCounters& tcp);
   void statsJson(const TcpCounters& tcp);
   Count& countFor(std::vector<Count>& v, uint32_t key);
+  // A copy of `v` in ascending key order, for the summaries.
+  static std::vector<Count> byKey(const std::vector<Count>& v);
   void maybeFlush();
 
   DumpOptions options_;

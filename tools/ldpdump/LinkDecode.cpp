@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include "tools/ldpdump/BigEndian.h"
+
 namespace LdpDump {
 
 namespace {
@@ -17,11 +19,6 @@ constexpr uint16_t etherQinQOld = 0x9100;
 
 constexpr uint8_t ipProtoTcp = 6;
 constexpr uint8_t ipProtoUdp = 17;
-
-uint16_t get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] << 8 | p[1]); }
-uint32_t get32(const uint8_t* p) {
-  return uint32_t{p[0]} << 24 | uint32_t{p[1]} << 16 | uint32_t{p[2]} << 8 | p[3];
-}
 
 FrameDecode failed(FrameKind kind, const char* detail) {
   FrameDecode d;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "parse/LdpPduParser.h"
+#include "tools/ldpdump/BigEndian.h"
 
 namespace LdpDump {
 
@@ -14,8 +15,6 @@ namespace {
 constexpr size_t headerOctets = 18;
 constexpr size_t minFramedTotal = 14;
 constexpr size_t maxTotal = Ldp::LdpPduParser::maxPduTotalLength;
-
-uint16_t get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] << 8 | p[1]); }
 
 // Whether a header at `p` (4 octets) frames a PDU by its length.
 bool frames(const uint8_t* p, size_t* total) {
