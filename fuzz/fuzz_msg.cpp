@@ -1,7 +1,8 @@
 // Input: one message. The whole input goes through the message dispatcher. Then
 // the first octet picks one of the derived parsers' factories, which is applied to
 // the remaining octets; a derived factory requires a message of its own type, so
-// the type field of those octets is set to that type (keeping the U bit).
+// the type field of those octets is set to that type (keeping the U bit). Each
+// result must pass the parser oracles.
 
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "fuzz/FuzzSupport.h"
+#include "fuzz/ParserOracles.h"
 #include "parse/LdpMsgParser.h"
 
 namespace {
@@ -46,7 +48,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   LdpFuzz::runInput([&] {
     Zel::Ptr<Ovo::Pkt> pkt = LdpFuzz::packetOf(data, size);
-    (void)Ldp::ldpMsgParserGet(pkt, 0)->stringValue();
+    const Ldp::LdpMsgParser::Ptr p = Ldp::ldpMsgParserGet(pkt, 0);
+    (void)p->stringValue();
+    LdpFuzz::checkMsgParser(*p);
+    LdpFuzz::checkDeterministic(*p, [&] { return Ldp::ldpMsgParserGet(pkt, 0); });
   });
   if (size < 3) return 0;
   const Derived& pick = derived[data[0] % std::size(derived)];
@@ -55,7 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   msg[1] = static_cast<uint8_t>(pick.type & 0xFF);
   LdpFuzz::runInput([&] {
     Zel::Ptr<Ovo::Pkt> pkt = LdpFuzz::packetOf(msg.data(), msg.size());
-    (void)pick.factory(pkt, 0)->stringValue();
+    const Ldp::LdpMsgParser::Ptr p = pick.factory(pkt, 0);
+    (void)p->stringValue();
+    LdpFuzz::checkMsgParser(*p);
   });
   return 0;
 }
