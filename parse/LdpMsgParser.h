@@ -150,6 +150,13 @@ class LdpMsgParser : public Zel::PtrInterface, public Zel::Recycled {
   bool fecIs(const LdpTlvHdr& tlv, const FecRule& rule);
   // The FEC TLV of a label message: first in the message.
   bool firstFecIs(uint32_t index, const LdpTlvHdr& tlv, const FecRule& rule);
+  // The TLV that must follow the FEC TLV of a label message: second in the message
+  // (`text` otherwise), then judged as tlvIs() does.
+  template <class Tlv>
+  bool secondTlvIs(uint32_t index, const LdpTlvHdr& tlv, const Tlv*& slot, const TlvRule& rule,
+                   const char* text) {
+    return tlvIndexIs(index, 1, text) && tlvIs(tlv, slot, rule);
+  }
   // The whole check of Label Withdraw and Label Release, which differ only in
   // how they treat the FEC.
   void checkLabelReturn(const FecRule& fec, const LdpGenLabelTlv*& label);

@@ -59,9 +59,8 @@ void LdpLabelMappingMsgParser::handleInitialized() {
         firstFecIs(i, tlv, {true, "LDP Mapping Msg can not have Wildcard FEC TLV"});
         break;
       case genLabelTlv_:
-        if (tlvIndexIs(i, 1, "LdpGenLabelTlv is not the 2nd TLV in the message")) {
-          tlvIs(tlv, msgGenLabelTlv_, genLabelRule);
-        }
+        secondTlvIs(i, tlv, msgGenLabelTlv_, genLabelRule,
+                    "LdpGenLabelTlv is not the 2nd TLV in the message");
         break;
       case labelReqMsgIdTlv_:
         tlvIs(tlv, msgReqMsgIdTlv_, reqMsgIdRule);
@@ -134,9 +133,7 @@ void LdpMsgParser::checkLabelReturn(const FecRule& fec, const LdpGenLabelTlv*& l
         firstFecIs(i, tlv, fec);
         break;
       case genLabelTlv_:
-        if (tlvIndexIs(i, 1, "Label Tlv is not the 2nd TLV in the message")) {
-          tlvIs(tlv, label, genLabelRule);
-        }
+        secondTlvIs(i, tlv, label, genLabelRule, "Label Tlv is not the 2nd TLV in the message");
         break;
       case statusTlv_:
         tlvIs(tlv, msgStatusTlv_, statusRule);
@@ -180,9 +177,8 @@ void LdpLabelAbortReqMsgParser::handleInitialized() {
         firstFecIs(i, tlv, {true, "LDP Abort Msg can not have Wildcard FEC TLV"});
         break;
       case labelReqMsgIdTlv_:
-        if (tlvIndexIs(i, 1, "LdpLabelReqMsgIdTlv is not the 2nd TLV in the message")) {
-          tlvIs(tlv, msgReqMsgIdTlv_, reqMsgIdRule);
-        }
+        secondTlvIs(i, tlv, msgReqMsgIdTlv_, reqMsgIdRule,
+                    "LdpLabelReqMsgIdTlv is not the 2nd TLV in the message");
         break;
       default:
         break;
