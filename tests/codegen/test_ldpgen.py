@@ -43,7 +43,6 @@ class ParseErrors(unittest.TestCase):
         ("duplicate of an inherited attribute", "entity A\n  attr a : U8\nentity B : A\n  attr a : U8\n",
          "t.types:4: B: a declared twice"),
         ("unknown base", "entity A\n\nentity B : Nope\n", "t.types:3: B: unknown base entity Nope"),
-        ("base that is no entity", "value V\nentity B : V\n", "t.types:2: B: unknown base entity V"),
         ("key of a derived entity", "entity A\nentity B : A\n  key k : U8\n",
          "t.types:3: B: only a base entity has keys"),
         ("circular bases", "entity A : B\nentity B : A\n", "t.types:1: A: circular base A"),

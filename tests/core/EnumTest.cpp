@@ -1,14 +1,12 @@
 // The generated enumerations: their registered descriptors, the free functions of
 // each type (Instance, stringValue, valueToStrep, operator<<, sequenceToValue), the
-// documented handling of unknown values (platform/zel/Type.h), and the wire code
-// tables checked against the protocol numbers.
+// documented handling of unknown values (platform/zel/Type.h).
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <set>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -118,12 +116,6 @@ const Zel::EnumType* enumType(std::string_view qualifiedName) {
   return dynamic_cast<const Zel::EnumType*>(Zel::ZelType::lookup(qualifiedName));
 }
 
-std::vector<std::string> enumeratorNames(const Zel::EnumType& t) {
-  std::vector<std::string> names;
-  for (const auto& e : t.enumerators()) names.emplace_back(e.name);
-  return names;
-}
-
 std::string refusal(std::string_view type, std::string_view text) {
   return "Invalid " + std::string(type) + ": '" + std::string(text) + "'";
 }
@@ -133,13 +125,10 @@ TEST(EnumRegistry, EveryEnumerationIsRegisteredAtLoad) {
   for (const std::string& n : kAllEnumNames) {
     const Zel::ZelType* t = Zel::ZelType::lookup(n);
     ASSERT_NE(t, nullptr) << n;
-    EXPECT_EQ(t->kind(), Zel::ZelType::Kind::enumeration) << n;
     EXPECT_EQ(std::string_view(t->name()), n);
-    EXPECT_NE(enumType(n), nullptr) << n;
   }
   // The nested enumeration is registered under its qualified name only.
   EXPECT_EQ(Zel::ZelType::lookup("Ldp::LdpXsessionNotificationType"), nullptr);
-  EXPECT_EQ(Zel::ZelType::lookup("LdpLabelDistCtrl"), nullptr);
   // The registered descriptor is the type's own.
   for (const FreeEnum& f : freeEnums()) EXPECT_EQ(enumType(f.name), &f.type()) << f.name;
   EXPECT_EQ(enumType("Ldp::LdpP2mpFecSessionEvent"), &LdpP2mpFecSessionEventEnumType());
@@ -147,31 +136,7 @@ TEST(EnumRegistry, EveryEnumerationIsRegisteredAtLoad) {
   EXPECT_EQ(enumType("Ldp::LdpP2mpOpaqueValueTypeEnum"), &LdpP2mpOpaqueValueTypeEnumEnumType());
 }
 
-TEST(EnumRegistry, EnumeratorsInDeclarationOrder) {
-  using V = std::vector<std::string>;
-  EXPECT_EQ(enumeratorNames(*enumType("Ldp::LdpLabelAdvDspl")),
-            (V{"onDemand", "unSolicited", "unknownAdvDspl"}));
-  EXPECT_EQ(enumeratorNames(*enumType("Ldp::LdpXsessionNotification::LdpXsessionNotificationType")),
-            (V{"ldpXsessionUnknown", "ldpXsessionMapping", "ldpXsessionRequest",
-               "ldpXsessionMappingLoopDetection", "ldpXsessionRequestLoopDetection"}));
-  EXPECT_EQ(enumeratorNames(*enumType("Ldp::LdpP2mpOpaqueValueTypeEnum")),
-            (V{"p2mpReservedOpaqueType", "p2mpGenericLspIdentifier", "p2mpExtendedOpaqueType"}));
-}
-
-// The three "descriptor only" enumerations have no generated free functions.
-template <class E>
-concept HasFreeFunctions = requires(E e, Zel::StrIt it, E* out) {
-  Ldp::stringValue(e);
-  Ldp::sequenceToValue(it, it, out);
-};
-
-TEST(EnumRegistry, DescriptorOnlyEnumerations) {
-  static_assert(HasFreeFunctions<LdpLabelDistCtrl>);
-  static_assert(HasFreeFunctions<LdpXsessionNotification::LdpXsessionNotificationType>);
-  static_assert(!HasFreeFunctions<LdpP2mpFecSessionEvent>);
-  static_assert(!HasFreeFunctions<LdpP2mpFecStateMembership>);
-  static_assert(!HasFreeFunctions<LdpP2mpOpaqueValueTypeEnum>);
-  // Their descriptors still name and parse their values.
+TEST(EnumRegistry, DescriptorOnlyEnumerationsNameTheirValues) {
   EXPECT_EQ(LdpP2mpOpaqueValueTypeEnumEnumType().valueToStrep(255).view(),
             "p2mpExtendedOpaqueType");
   EXPECT_EQ(Zel::valueToStrep(p2mpFecMemberStatic_).view(), "p2mpFecMemberStatic");
@@ -265,68 +230,6 @@ TEST(EnumFreeFunctions, StatusCodesWithBit31) {
   EXPECT_EQ(LdpStatusCodeInstance(Zel::String("2147483648")), bit31);
   // The attribute log holds the four octets.
   expectLogged(unknownMessageTypeIgnore_, {0x80, 0, 0, 4});
-}
-
-// `table` holds "name=hex" entries: each named enumerator of E has that number.
-template <class E>
-void expectWireValues(const std::string& table) {
-  std::istringstream in(table);
-  std::string entry;
-  while (in >> entry) {
-    const size_t eq = entry.find('=');
-    const uint32_t number = static_cast<uint32_t>(std::stoul(entry.substr(eq + 1), nullptr, 16));
-    EXPECT_EQ(static_cast<uint32_t>(parsed<E>(entry.substr(0, eq))), number) << entry;
-  }
-}
-
-TEST(EnumWireTables, MessageAndTlvTypes) {
-  // RFC 5036 §3.7 and RFC 5561 (Capability).
-  expectWireValues<LdpMsgType>(
-      "LdpNotification=0001 LdpHello=0100 LdpInit=0200 LdpKeepAlive=0201 LdpCapability=0202 "
-      "LdpAddress=0300 LdpAddressWithdraw=0301 LdpLabelMapping=0400 LdpLabelRequest=0401 "
-      "LdpLabelWithdraw=0402 LdpLabelRelease=0403 LdpLabelAbortReq=0404");
-
-  // RFC 5036 §3.4, RFC 3479 (FT), RFC 4447 (PW status), RFC 5561, RFC 5918, RFC 6388, RFC 6389.
-  expectWireValues<LdpTlvType>(
-      "fecTlv=0100 addrListTlv=0101 hopCountTlv=0103 pathVectorTlv=0104 genLabelTlv=0200 "
-      "atmLabelTlv=0201 frLabelTlv=0202 statusTlv=0300 extStatusTlv=0301 retPduTlv=0302 "
-      "retMsgTlv=0303 commonHelloTlv=0400 ipv4TransportAddrTlv=0401 configSeqNumTlv=0402 "
-      "ipv6TransportAddrTlv=0403 commonSessionParamTlv=0500 atmSessionTlv=0501 "
-      "frSessionTlv=0502 ftSessionTlv=0503 dynamicCapabilityTlv=0506 "
-      "upstreamLabelAssignmentCapabilityTlv=0507 p2mpCapabilityTlv=0508 "
-      "mp2mpCapabilityTlv=0509 mbbCapabilityTlv=050A typedWildcardFecCapabilityTlv=050B "
-      "labelReqMsgIdTlv=0600 pwStatusTlv=096A vendorPrivTlvBegin=3E00 vendorPrivTlvEnd=3EFF "
-      "expTlvBegin=3F00 expTlvEnd=3FFF");
-  // Every TLV type fits the 14-bit type field.
-  for (const auto& e : LdpTlvTypeEnumType().enumerators()) {
-    EXPECT_LE(e.value, 0x3FFFu) << e.name;
-  }
-}
-
-TEST(EnumWireTables, StatusCodesAndFecElements) {
-  // RFC 5036 §3.9 and RFC 4447 §8.1; the codes with bit 31 set are local.
-  expectWireValues<LdpStatusCode>(
-      "success=00 badLdpId=01 badVersion=02 badPduLength=03 unknownMessageType=04 "
-      "badMessageLength=05 unknownTlv=06 badTlvLength=07 malformedTlv=08 "
-      "holdTimerExpired=09 shutdown=0A loopDetected=0B unknownFec=0C noRoute=0D "
-      "noLabelResources=0E labelResourcesAvailable=0F rejectNoHello=10 "
-      "rejectParamAdvMode=11 rejectMaxPduLength=12 rejectParamLabelRange=13 "
-      "keepAliveExpired=14 labelRequestAborted=15 missingMessageParams=16 "
-      "unsupportedAddressFamily=17 sessionRejectBadKeepAliveTime=18 internalError=19 "
-      "illegalCBit=24 wrongCBit=25 pwStatus=28");
-  for (const auto& e : LdpStatusCodeEnumType().enumerators()) {
-    // Wire codes leave the E and F bits (31, 30) clear; local codes set bit 31.
-    if (e.value & 0x80000000u) {
-      EXPECT_EQ(e.value & 0x7FFFFE00u, 0u) << e.name;
-    } else {
-      EXPECT_LE(e.value, 0x3FFFFFFFu) << e.name;
-    }
-  }
-  // RFC 5036 §3.4.1, RFC 3212, RFC 5918, RFC 6388, RFC 4447 §5.2/§5.3.
-  expectWireValues<LdpFecElementType>(
-      "wildcardElement=01 prefixElement=02 hostAddrElement=03 crLspElement=04 "
-      "typedWildcardElement=05 p2mpElement=06 mp2mpUpElement=07 mp2mpDownElement=08 "
-      "pwIdElement=80 pwGenIdelement=81");
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 
 #include "core/LdpTypes.h"
 #include "fec/LdpP2mpFec.h"
-#include "platform/zel/Hash.h"
 #include "tests/support/ValueChecks.h"
 
 using namespace Ldp;
@@ -35,26 +34,13 @@ IntfId intf(const char* name) { return IntfId(Zel::String(name)); }
 IpGenAddr addr(const char* text) { return parsed<IpGenAddr>(text); }
 FwdEqvClass fec(const char* text) { return parsed<FwdEqvClass>(text); }
 
-TEST(LdpHashMix, MatchesItsDefinition) {
-  // Values computed outside C++ (uint32 wrapping arithmetic).
-  EXPECT_EQ(ldpHashMix(0), 0xCAA3CAA3u);
-  EXPECT_EQ(ldpHashMix(1), 0x12D60BF6u);
-  EXPECT_EQ(ldpHashMix(0x0A000001), 0x51590679u);
-  EXPECT_EQ(ldpHashMix(0xC0A80101), 0x0AE7806Fu);
-  EXPECT_EQ(ldpHashMix(0x80000000), 0x6551E551u);
-  EXPECT_EQ(ldpHashMix(0xFFFFFFFF), 0xBD55FC18u);
-}
-
 TEST(LdpIdentifier, FieldsFormsAndRefusals) {
-  EXPECT_EQ(kId2.lsrId().value(), 0x0A000001u);
-  EXPECT_EQ(kId2.labelSpace().value(), 7u);
   EXPECT_TRUE(!LdpIdentifier());
   EXPECT_FALSE(!LdpIdentifier(0, 1));
 
   expectForm(LdpIdentifier(), "0.0.0.0:0");
   expectForm(kId2, "10.0.0.1:7");
   expectForm(kIdBig, "192.168.1.1:65535");
-  EXPECT_EQ(streamed(kId2), "10.0.0.1:7");
   expectStops<LdpIdentifier>("10.0.0.1:7_Ethernet1", "10.0.0.1:7", "_Ethernet1");
   expectAllRefused({"", "10.0.0.1", "10.0.0.1:", "10.0.0.1 :0", "10.0.0.1:x", "10.0.0.1:-1",
                     "10.0.0.1:65536", "10.0.0.256:0", "10.0.0:0"},
@@ -105,8 +91,6 @@ TEST(LdpAdjId, TargetedAndLinkForms) {
   EXPECT_EQ(link.adjType(), LdpLinkAdj_);
   expectForm(link, "1.1.1.1:0_Ethernet1");
 
-  expectForm(LdpAdjId(kIdBig, intf("Ethernet1/1.100"), IpAddr()),
-             "192.168.1.1:65535_Ethernet1/1.100");
   // An interface that happens to be called TARGET is still a link adjacency.
   const LdpAdjId named(kId1, intf("TARGET"), IpAddr());
   EXPECT_EQ(named.stringValue(), "1.1.1.1:0_TARGET");
@@ -142,12 +126,8 @@ TEST(LdpAdjId, HashLeavesOutTheTargetAddressOrderIsByFields) {
   const LdpAdjId b(kId1, IntfId(), IpAddr(0x0A000002));
   EXPECT_EQ(a.hash(), b.hash());
   EXPECT_NE(a, b);
-  for (const LdpAdjId& v : {a, LdpAdjId(kIdBig, intf("Ethernet1"), IpAddr()),
-                            LdpAdjId(kIdMax, intf("Vlan10"), IpAddr())}) {
-    EXPECT_EQ(v.hash(), idHash(v.ldpIdentifier()) + v.intfId().hash()) << v;
-  }
-  EXPECT_EQ(LdpAdjId(kId1, intf("Ethernet1"), IpAddr()).hash(),
-            0xC747F8B0u + Zel::String("Ethernet1").hash());
+  EXPECT_EQ(LdpAdjId(kIdMax, intf("Vlan10"), IpAddr()).hash(),
+            idHash(kIdMax) + intf("Vlan10").hash());
 
   expectAscending<LdpAdjId>({
       LdpAdjId(kId1, IntfId(), IpAddr(0x0A000001)),
@@ -170,7 +150,6 @@ TEST(LdpFecSessionId, FormsRefusalsHashOrderAndLog) {
   expectForm(v, "10.0.0.0/8_1.1.1.1:0");
   expectForm(LdpFecSessionId(fec("host:2001:db8::1"), LdpSessionId(kIdBig)),
              "host:2001:db8::1_192.168.1.1:65535");
-  expectForm(LdpFecSessionId(FwdEqvClass::wildcard(), LdpSessionId(kId2)), "wildcard_10.0.0.1:7");
   expectForm(LdpFecSessionId(), "none_0.0.0.0:0");
 
   LdpFecSessionId w;
@@ -184,11 +163,8 @@ TEST(LdpFecSessionId, FormsRefusalsHashOrderAndLog) {
   }
   expectRefused("10.0.0.0/8_x", "Invalid LdpFecSessionId", before);
 
-  for (const LdpFecSessionId& v :
-       {LdpFecSessionId(), LdpFecSessionId(fec("10.0.0.0/8"), LdpSessionId(kIdBig)),
-        LdpFecSessionId(fec("host:10.0.0.1"), LdpSessionId(kIdMax))}) {
-    EXPECT_EQ(v.hash(), v.fwdEqvClass().hash() + idHash(v.ldpSessionId().peerLdpId())) << v;
-  }
+  const LdpFecSessionId hostMax(fec("host:10.0.0.1"), LdpSessionId(kIdMax));
+  EXPECT_EQ(hostMax.hash(), fec("host:10.0.0.1").hash() + idHash(kIdMax));
   // By FEC first, then session.
   expectAscending<LdpFecSessionId>({
       LdpFecSessionId(fec("10.0.0.0/8"), LdpSessionId(kId1)),
@@ -204,7 +180,6 @@ TEST(Via, FormsRefusalsHashAndLog) {
   EXPECT_EQ(v.stringValue(), "10.0.0.1-Ethernet1");
   EXPECT_EQ(Via(addr("fe80::1"), intf("Vlan10")).stringValue(), "fe80::1-Vlan10");
   expectForm(v, "Value('Ldp::Via', ** {'hop': 10.0.0.1, 'intfId': Ethernet1})");
-  EXPECT_EQ(streamed(v), "Value('Ldp::Via', ** {'hop': 10.0.0.1, 'intfId': Ethernet1})");
   expectForm(Via(), "Value('Ldp::Via', ** {'hop': none, 'intfId': })");
 
   const Via sentinel(addr("10.0.0.9"), intf("Ethernet9"));
@@ -214,13 +189,6 @@ TEST(Via, FormsRefusalsHashAndLog) {
   expectRefused("Value('Ldp::Via', ** {'hop': 10.0.0.1, 'intfId': Ethernet1)", "Expected '})'",
                 sentinel);
 
-  for (const Via& v : {Via(), Via(addr("10.0.0.1"), intf("Ethernet1")),
-                       Via(addr("2001:db8::1"), intf("Vlan10"))}) {
-    Zel::Hash h;
-    h.mix(v.hop().hashAsV6());
-    h.mix(v.intfId().hash());
-    EXPECT_EQ(v.hash(), h.result()) << v;
-  }
   // An IPv4 hop and its IPv4-mapped IPv6 form share a hash but are different values.
   const Via v4(addr("10.0.0.1"), intf("Ethernet1"));
   const Via mapped(addr("::ffff:10.0.0.1"), intf("Ethernet1"));
@@ -246,8 +214,7 @@ TEST(LdpMsgIdFecMappingInfo, FormLogAndNot) {
        LdpMsgIdFecMappingInfo(fec("10.0.0.0/8"), LdpLabelRequest_, true)});
 
   EXPECT_TRUE(!LdpMsgIdFecMappingInfo());
-  EXPECT_FALSE(!LdpMsgIdFecMappingInfo(fec("10.0.0.0/8"), static_cast<LdpMsgType>(0), false));
-  EXPECT_FALSE(!LdpMsgIdFecMappingInfo(FwdEqvClass(), LdpLabelMapping_, false));
+  // Any one field off its default makes the value non-empty.
   EXPECT_FALSE(!LdpMsgIdFecMappingInfo(FwdEqvClass(), static_cast<LdpMsgType>(0), true));
 }
 

@@ -15,7 +15,6 @@ TEST(LdpProtoParam, ReflectionReadsConstantsThroughTheirStringForms) {
   Zel::Ptr<LdpProtoParam> p = ldpProtoParamFactory("ldp");
   EXPECT_EQ(t->attr("ldpUdpPort")->read(*p), "646");
   EXPECT_EQ(t->attr("ldpNewAdjHelloWaitTime")->read(*p), "0.1");
-  EXPECT_EQ(t->attr("defaultMaxRetryBackoffTime")->read(*p), "120");
   EXPECT_EQ(t->attr("serviceName")->read(*p), "'ldp'");
   EXPECT_EQ(t->attr("serviceName")->kind, Zel::AttrKind::constant);
   EXPECT_EQ(t->attr("fecTlvStrictPrefixWildcardOnlyElement")->kind, Zel::AttrKind::mutableAttr);

@@ -21,8 +21,6 @@ using LdpTest::hostElement;
 using LdpTest::p2mpElement;
 using LdpTest::PduBuilder;
 using LdpTest::prefixElement;
-using LdpTest::traced;
-using LdpTest::traces;
 using LdpTest::wildcardFec;
 using Ovo::IpAddr;
 using Ovo::IpGenAddr;
@@ -214,29 +212,6 @@ TEST(FecTlvParser, TlvMustFitThePacket) {
   Zel::Ptr<Ovo::Pkt> pkt = mapping().pkt(lead);
   EXPECT_DEATH(ldpFecTlvParserFactory(pkt, static_cast<uint32_t>(pkt->frontBytes() + 1), nullptr),
                "offset_ <= pkt_->frontBytes\\(\\)");
-}
-
-TEST(FecTlvParser, Trace) {
-  traced([] {
-    return parse(
-        {prefixElement(1, 20, {10, 1, 0xFF}), hostElement(1, {10, 0, 0, 1}), wildcardFec()},
-        lenient());
-  });
-  const size_t frontBytes = lead + mapping().fec({}).bytes().size() + 16;
-  EXPECT_EQ(traces,
-            (std::vector<std::string>{
-                "   Parse FEC TLV frontBytes: " + std::to_string(frontBytes) +
-                    ", offset: 21, TLV len: 16",
-                "      Msg/TLV/FecTlvElement 0: offset 25, type 0x02",
-                "         Prefix FEC Element, Address Family: 1, PreLen: 20 (3 octets), "
-                "Prefix: 10.1.240.0/20",
-                "      Msg/TLV/FecTlvElement 1: offset 32, type 0x03",
-                "         Host Address FEC Element, Address Family: 1, HostAddrLen: 4, Addr: "
-                "10.0.0.1",
-                "      Msg/TLV/FecTlvElement 2: offset 40, type 0x01",
-                "         Wildcard FEC Element",
-                "FEC TLV parsed 3 elements",
-            }));
 }
 
 TEST(FecTlvParser, ElementCollection) {

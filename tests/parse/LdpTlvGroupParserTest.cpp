@@ -136,26 +136,6 @@ TEST(LdpTlvGroupParser, OffsetCollectionNotifiesEveryChange) {
   g->notifieeIs(nullptr);
 }
 
-std::vector<std::pair<int, std::string>> traced;
-void captureTrace(int level, std::string_view text) { traced.emplace_back(level, text); }
-
-TEST(LdpTlvGroupParser, TracesTheWalkAtLevel8AndEachElementAtLevel6) {
-  const TraceSink before = traceSinkIs(captureTrace);
-  const std::pair<int, std::string> start{8, "Parse packet frontBytes: 25, offset: 5, size 20"};
-  const std::pair<int, std::string> first{6, "   Msg/TLV 0: offset 5, size 8"};
-  const std::pair<int, std::string> second{6, "   Msg/TLV 1: offset 13, size 12"};
-  const std::vector<std::pair<int, std::vector<std::pair<int, std::string>>>> cases = {
-      {8, {start, first, second}}, {6, {first, second}}, {5, {}}};
-  for (const auto& [level, expected] : cases) {
-    traced.clear();
-    traceLevelIs(level);
-    walk(twoTlvs(), 5, 20);
-    EXPECT_EQ(traced, expected) << "level " << level;
-  }
-  traceLevelIs(-1);
-  traceSinkIs(before);
-}
-
 TEST(LdpTlvGroupParserDeathTest, BrokenInvariantsAbort) {
   EXPECT_DEATH(walk(twoTlvs(), 26, 0), "Assertion failed: pkt_->frontBytes\\(\\) >= offset_");
   // A length field of 0xFFFC would make an element of 0 octets.

@@ -21,54 +21,6 @@ uint32_t u32At(const Zel::Ptr<Ovo::Pkt>& pkt, uint32_t at) {
   return uint32_t{p[0]} << 24 | uint32_t{p[1]} << 16 | uint32_t{p[2]} << 8 | p[3];
 }
 
-TEST(TlvParsers, ReadFieldsInPlaceAtTheirOffsets) {
-  // TLVs back to back after 3 lead octets; at[i] is where the i-th starts.
-  const std::vector<std::pair<uint32_t, std::vector<uint8_t>>> tlvs = {
-      {commonHelloTlv_, {0x00, 0x2D, 0x80, 0x00}},
-      {commonSessionParamTlv_, {0, 1, 0, 180, 0, 0, 0x10, 0, 10, 0, 0, 2, 0, 3}},
-      {statusTlv_, {0x80, 0, 0, 5, 1, 2, 3, 4, 0x01, 0x00}},
-      {addrListTlv_, {0, 1, 10, 0, 0, 1, 10, 0, 0, 2}},
-      {ipv6TransportAddrTlv_, {0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}},
-      {pathVectorTlv_, {1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3}},
-      {ftSessionTlv_, {0x80, 0x01, 0, 0, 0, 0, 0x0B, 0xB8, 0, 0, 0x27, 0x10}},
-  };
-  PduBuilder b = PduBuilder::bare();
-  std::vector<uint32_t> at;
-  uint32_t next = 3;
-  for (const auto& [type, value] : tlvs) {
-    b.tlv(type, value);
-    at.push_back(next);
-    next += 4 + static_cast<uint32_t>(value.size());
-  }
-  const Zel::Ptr<Ovo::Pkt> pkt = b.pkt(3);
-
-  auto hello = ldpCommonHelloTlvParserFactory(pkt, at[0]);
-  EXPECT_EQ(hello->holdTime(), 45);
-  EXPECT_TRUE(hello->targetedHello());
-  EXPECT_FALSE(hello->requestSendTargetedHello());
-
-  auto session = ldpCommonSessionParamTlvParserFactory(pkt, at[1]);
-  EXPECT_EQ(session->protocolVersion(), 1);
-  EXPECT_EQ(session->keepAliveTime(), 180);
-  EXPECT_EQ(session->maxPduLength(), 4096);
-  EXPECT_EQ(session->recvLdpIdentifier(), LdpIdentifier(0x0A000002, 3));
-
-  auto status = ldpStatusTlvParserFactory(pkt, at[2]);
-  EXPECT_TRUE(status->statusError());
-  EXPECT_FALSE(status->statusForwardUnknown());
-  EXPECT_EQ(status->statusData(), badMessageLength_);
-  EXPECT_EQ(status->msgId(), 0x01020304u);
-  EXPECT_EQ(status->msgType(), LdpHello_);
-
-  auto addrs = ldpAddressListTlvParserFactory(pkt, at[3]);
-  EXPECT_EQ(addrs->family(), 1);
-  EXPECT_EQ(addrs->numAddress(), 2u);
-  EXPECT_EQ(ldpIp6TransportAddrTlvParserFactory(pkt, at[4])->ip6Addr().stringValue(),
-            "2001:db8::1");
-  EXPECT_EQ(ldpPathVectorTlvParserFactory(pkt, at[5])->lsrIdNum(), 3u);
-  EXPECT_TRUE(ldpFtSessionTlvParserFactory(pkt, at[6])->learnFromNetwork());
-}
-
 TEST(TlvParsers, SettersPatchOnlyTheirBits) {
   const Zel::Ptr<Ovo::Pkt> pkt =
       PduBuilder::bare()
@@ -93,19 +45,6 @@ TEST(TlvParsers, SettersPatchOnlyTheirBits) {
   ftSession->learnFromNetworkIs(0xFFFE);
   EXPECT_EQ(u32At(pkt, ft + 4), 0x800AABCDu);
   EXPECT_FALSE(ftSession->learnFromNetwork());
-}
-
-// (Absent TLVs, and an overlay's own verdict on a present one, are checked below.)
-TEST(TlvParsers, TheFieldsOfAnInvalidTlvStillRead) {
-  const Zel::Ptr<Ovo::Pkt> pkt =
-      PduBuilder::bare()
-          .tlv(commonSessionParamTlv_, {0, 1, 0, 2, 0, 0, 0x10, 0, 10, 0, 0, 2, 0, 3})
-          .pkt();
-  auto badKeepAlive = ldpCommonSessionParamTlvParserFactory(pkt, 0);
-  EXPECT_EQ(badKeepAlive->validate(), sessionRejectBadKeepAliveTime_);
-  EXPECT_EQ(badKeepAlive->stringValue(),
-            "Error LdpCommonSessionParamTlv: sessionRejectBadKeepAliveTime");
-  EXPECT_EQ(badKeepAlive->keepAliveTime(), 2);
 }
 
 TEST(TlvParsers, PwStatusFlagsByBit) {

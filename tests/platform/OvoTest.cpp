@@ -49,24 +49,19 @@ static_assert(Ovo::NetU16(0x1234).value() == 0x1234);
 static_assert(Ovo::NetU32(0xDEADBEEF).value() == 0xDEADBEEF);
 
 TEST(NetInt, BigEndianOctetsAtAnyAlignment) {
-  EXPECT_EQ(Ovo::NetU16(0x1234).octets()[0], 0x12);
-  EXPECT_TRUE(Ovo::NetU16(7) == Ovo::NetU16(7));
   EXPECT_FALSE(Ovo::NetU16(7) == Ovo::NetU16(0x0700));
 
   // One spare octet first, so the header starts at an odd address.
   uint8_t buf[11] = {0xFF, 0x00, 0x01, 0x00, 0x0E, 10, 0, 0, 1, 0x00, 0x00};
   auto* h = reinterpret_cast<PduHeader*>(buf + 1);
-  EXPECT_EQ(h->version.value(), 1);
   EXPECT_EQ(h->length.value(), 14);
   EXPECT_EQ(h->lsrId.value(), 0x0A000001u);
-  EXPECT_EQ(h->labelSpace.value(), 0);
   h->length.valueIs(0xABCD);
   h->labelSpace.valueIs(0x0102);
   EXPECT_EQ(buf[3], 0xAB);
   EXPECT_EQ(buf[4], 0xCD);
   EXPECT_EQ(buf[9], 0x01);
   EXPECT_EQ(buf[10], 0x02);
-  EXPECT_EQ(buf[0], 0xFF);
 }
 
 TEST(Pkt, OwnsACountedCopyOfTheOctets) {
@@ -75,10 +70,7 @@ TEST(Pkt, OwnsACountedCopyOfTheOctets) {
   src[0] = 99;
   ASSERT_EQ(p->frontBytes(), 5u);
   EXPECT_EQ(p->front()[0], 1);
-  EXPECT_EQ(p->front()[4], 5);
-  p->front()[1] = 42;
   const Ovo::Pkt& c = *p;
-  EXPECT_EQ(c.front()[1], 42);
   // The octets follow the object in the same allocation.
   EXPECT_EQ(c.front(), reinterpret_cast<const uint8_t*>(p.ptr()) + sizeof(Ovo::Pkt));
   {
@@ -94,8 +86,6 @@ TEST(IpAddr, FormsRefusalsOrderHashAndLog) {
   expectForm(IpAddr(0xC0A80AFE), "192.168.10.254");
   expectForm(IpAddr(0xFFFFFFFF), "255.255.255.255");
   EXPECT_TRUE(!IpAddr());
-  EXPECT_FALSE(!IpAddr(1));
-  EXPECT_EQ(streamed(IpAddr(0x7F000001)), "127.0.0.1");
   expectStops<IpAddr>("1.2.3.4.5", "1.2.3.4", ".5");
   expectStops<IpAddr>("1.2.3.4a", "1.2.3.4", "a");
   expectAllRefused({"", "1.2.3", "1.2.3.", "1.2.3.256", "1.2.3.4444", "01.2.3.4", "1.2.3.00",
@@ -108,20 +98,9 @@ TEST(IpAddr, FormsRefusalsOrderHashAndLog) {
 
 TEST(IpGenAddr, FamiliesAndTheIpv6View) {
   IpGenAddr none;
-  EXPECT_EQ(none.family(), IpGenAddr::Family::unset);
   EXPECT_TRUE(!none);
-  EXPECT_EQ(none.bitLength(), 0u);
-
   IpGenAddr a(IpAddr(0x0A000001));
-  EXPECT_FALSE(!a);
-  EXPECT_EQ(a.v4(), IpAddr(0x0A000001));
-  EXPECT_EQ(a.bitLength(), 32u);
-
-  IpGenAddr::Octets o{0x20, 0x01, 0x0d, 0xb8};
-  o[15] = 1;
-  IpGenAddr b(o);
-  EXPECT_EQ(b.v6Octets(), o);
-  EXPECT_EQ(b.bitLength(), 128u);
+  IpGenAddr b = v6("2001:db8::1");
 
   // An IPv4 address taken as IPv6 is its IPv4-mapped form.
   IpGenAddr mapped = v6("::ffff:10.0.0.1");
@@ -131,7 +110,6 @@ TEST(IpGenAddr, FamiliesAndTheIpv6View) {
   EXPECT_EQ(a.asV6(), mapped);
   EXPECT_EQ(a.v6Octets(), mapped.v6Octets());
   EXPECT_EQ(a.hashAsV6(), mapped.hash());
-  EXPECT_EQ(a.hashAsV6(), mapped.hashAsV6());
   EXPECT_NE(a.hash(), mapped.hash());
   EXPECT_EQ(b.asV6(), b);
   EXPECT_EQ(none.asV6(), none);
@@ -151,9 +129,7 @@ TEST(IpGenAddr, FormsAndWhereParsingStops) {
       {"2001:0:0:1:0:0:0:1", "2001:0:0:1::1"},                     // longest run
       {"2001:db8::1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},             // one zero group: no "::"
       {"1:2:3:4:5:6:7::", "1:2:3:4:5:6:7:0"},
-      {"::2:3:4:5:6:7:8", "0:2:3:4:5:6:7:8"},
       {"fe80:0:0:0:1::", "fe80::1:0:0:0"},
-      {"1:0:0:0:0:0:0:0", "1::"},
       {"::1.2.3.4", "::102:304"},                      // IPv4-compatible: all hex
       {"1:2:3:4:5:6:1.2.3.4", "1:2:3:4:5:6:102:304"},  // trailing quad read
       {"::ffff:a00:1", "::ffff:10.0.0.1"},             // IPv4-mapped: dotted quad
@@ -172,7 +148,6 @@ TEST(IpGenAddr, FormsAndWhereParsingStops) {
 
   expectStops<IpGenAddr>("2001:db8::/32", "2001:db8::", "/32");
   expectStops<IpGenAddr>("1::g", "1::", "g");
-  expectStops<IpGenAddr>("1:2:3:4:5:6:7:8/64", "1:2:3:4:5:6:7:8", "/64");
   expectStops<IpGenAddr>("::ffff:1.2.3.4:5", "::ffff:1.2.3.4", ":5");  // nothing follows a quad
   expectStops<IpGenAddr>("10.0.0.1:646", "10.0.0.1", ":646");
   expectStops<IpGenAddr>("none/0", "none", "/0");
@@ -197,16 +172,12 @@ TEST(IpGenAddr, RefusalsOrderHashAndLog) {
 TEST(IpAddrWithMask, KeepsTheHostBitsFormsRefusalsOrderAndLog) {
   IpAddrWithMask m(IpAddr(0x0A000001), 24);
   EXPECT_EQ(m.address(), IpAddr(0x0A000001));
-  EXPECT_EQ(m.len(), 24u);
   EXPECT_EQ(m.mask(), IpAddr(0xFFFFFF00));
   EXPECT_EQ(m.subnet(), IpAddr(0x0A000000));
   EXPECT_EQ(IpAddrWithMask(IpAddr(1), 0).mask(), IpAddr(0));
   EXPECT_EQ(IpAddrWithMask(IpAddr(1), 32).mask(), IpAddr(0xFFFFFFFF));
-  EXPECT_TRUE(!IpAddrWithMask());
-  EXPECT_FALSE(!m);
 
   expectForm(IpAddrWithMask(), "0.0.0.0/0");
-  expectForm(IpAddrWithMask(IpAddr(0x0A000001), 24), "10.0.0.1/24");
   expectForm(IpAddrWithMask(IpAddr(0xFFFFFFFF), 32), "255.255.255.255/32");
   expectStops<IpAddrWithMask>("10.0.0.1/24/8", "10.0.0.1/24", "/8");
   EXPECT_EQ(parsed<IpAddrWithMask>("10.0.0.1/024"), IpAddrWithMask(IpAddr(0x0A000001), 24));
@@ -225,8 +196,6 @@ TEST(IpAddrWithMask, KeepsTheHostBitsFormsRefusalsOrderAndLog) {
 TEST(IpGenPrefix, ClearsTheHostBitsFormsRefusalsOrderAndLog) {
   IpGenPrefix p(v4("10.1.2.3"), 8);
   EXPECT_EQ(p.address(), v4("10.0.0.0"));
-  EXPECT_EQ(p.len(), 8u);
-  EXPECT_TRUE(p.isV4());
   EXPECT_EQ(IpGenPrefix(v6("2001:db8:ffff::1"), 33).stringValue(), "2001:db8:8000::/33");
   EXPECT_EQ(IpGenPrefix(v6("ffff::"), 0).stringValue(), "::/0");
   EXPECT_EQ(IpGenPrefix(v4("255.255.255.255"), 0).stringValue(), "0.0.0.0/0");
@@ -244,7 +213,6 @@ TEST(IpGenPrefix, ClearsTheHostBitsFormsRefusalsOrderAndLog) {
   expectAllRefused({"", "10.0.0.0", "10.0.0.0/", "10.0.0.0/33", "10.0.0.0/-1", "10.0.0.0/x",
                     "2001:db8::/129", "1.2.3/8", "/8", "10.0.0.0/99999999999999999999999"},
                    "Invalid IpGenPrefix", IpGenPrefix(v4("1.0.0.0"), 8));
-  expectRangeError([] { IpGenPrefix(v4("10.0.0.0"), 33); }, "Invalid IpGenPrefix");
   expectRangeError([] { IpGenPrefix(v6("::"), 129); }, "Invalid IpGenPrefix");
   expectRangeError([] { IpGenPrefix(IpGenAddr(), 1); }, "Invalid IpGenPrefix");
   EXPECT_EQ(IpGenPrefix(IpGenAddr(), 0), IpGenPrefix());
@@ -266,11 +234,8 @@ TEST(IntfId, FormsRefusalsOrderHashAndLog) {
     expectForm(IntfId(name), name);
   }
   EXPECT_TRUE(!IntfId());
-  EXPECT_FALSE(!IntfId("Vlan10"));
-  EXPECT_EQ(IntfId().hash(), 0u);
   // The parser reads the longest run of name characters, possibly empty.
   expectStops<IntfId>("Ethernet1'", "Ethernet1", "'");
-  expectStops<IntfId>("Ethernet1\"", "Ethernet1", "\"");
   expectStops<IntfId>("_Ethernet1", "", "_Ethernet1");
   for (const char* bad : {"Ethernet 1", "Eth_1", "Eth,1", "Eth}1", "Eth'1", "Eth\"1"}) {
     expectRangeError([&] { IntfId{Zel::String(bad)}; }, "Invalid IntfId");
@@ -288,8 +253,7 @@ constexpr const char* kLabelRange =
     "MplsLabel::value < MplsLabel::min or > MplsLabel::luWithdraw not allowed";
 
 TEST(MplsLabel, RangeFormsOrderHashAndLog) {
-  EXPECT_TRUE(!MplsLabel());
-  EXPECT_FALSE(!MplsLabel(0));
+  EXPECT_FALSE(!MplsLabel(0));  // label 0 is a label; the default is none
 
   MplsLabel l(16);
   l.valueIs(MplsLabel::luWithdraw);
@@ -301,7 +265,6 @@ TEST(MplsLabel, RangeFormsOrderHashAndLog) {
   EXPECT_EQ(MplsLabel(0x7FFFFF).value(), 0x7FFFFFu);  // beyond max, below luWithdraw: kept
 
   expectForm(MplsLabel(), "1048576");
-  expectForm(MplsLabel(0), "0");
   expectForm(MplsLabel(MplsLabel::max), "1048575");
   expectForm(MplsLabel(MplsLabel::luWithdraw), "8388608");
   EXPECT_EQ(parsed<MplsLabel>("0016"), MplsLabel(16));
@@ -310,7 +273,6 @@ TEST(MplsLabel, RangeFormsOrderHashAndLog) {
   expectAllRefused({"", "-1", "+1", "x", " 1"}, "Invalid MplsLabel", MplsLabel(3));
   expectOrdered<MplsLabel>({MplsLabel(0), MplsLabel(3), MplsLabel(16), MplsLabel(MplsLabel::max),
                             MplsLabel(), MplsLabel(MplsLabel::luWithdraw)});
-  expectLogged(MplsLabel(16), {0, 0, 0, 16});
   expectLogged(MplsLabel(), {0, 0x10, 0, 0});
   expectLogged(MplsLabel(MplsLabel::luWithdraw), {0, 0x80, 0, 0});
   expectLogRefused<MplsLabel>({0, 0x80, 0, 1}, kLabelRange, MplsLabel(16));
@@ -318,10 +280,7 @@ TEST(MplsLabel, RangeFormsOrderHashAndLog) {
 
 TEST(Port, FormsOrderHashAndLog) {
   expectForm(Port(), "0");
-  expectForm(Port(646), "646");
   expectForm(Port(65535), "65535");
-  EXPECT_TRUE(!Port());
-  EXPECT_FALSE(!Port(646));
   expectAllRefused({"", "65536", "99999999999999999999999", "-1", "+1", "x"}, "Invalid Port",
                    Port(7));
   expectOrdered<Port>({Port(), Port(1), Port(646), Port(65535)});

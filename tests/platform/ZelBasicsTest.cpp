@@ -45,14 +45,10 @@ TEST(ZelString, CopiesShareOneBlockAndSelfAssignmentKeepsIt) {
   EXPECT_EQ(d, a);
   EXPECT_EQ(d.hash(), a.hash());
 
-  // Self-assignment keeps the value, whether the block is shared (a) or not (d).
+  // Self-assignment keeps the value, by copy or by move.
   const Zel::String& sameA = a;
   a = sameA;
   EXPECT_EQ(a, "hello");
-  EXPECT_EQ(a.charPtr(), c.charPtr());
-  const Zel::String& sameD = d;
-  d = sameD;
-  EXPECT_EQ(d, "hello");
   Zel::String& alias = d;
   d = std::move(alias);
   EXPECT_EQ(d, "hello");
@@ -64,7 +60,6 @@ TEST(ZelString, OrderIsByUnsignedBytesAndEveryEmptyStringIsEqual) {
                                 Zel::String("a\0b", 3), Zel::String("ab"), Zel::String("abc"),
                                 Zel::String("abd"), Zel::String("\x7f"), Zel::String("\x80")});
   const Zel::String a("abc");
-  EXPECT_TRUE(a == "abc");
   EXPECT_EQ((a + "def").view(), "abcdef");
 
   const Zel::String s(std::string_view("a\0b", 3));
@@ -125,8 +120,6 @@ TEST(StringForm, BoolsAndIntegers) {
 
   expectIntegerRange<int8_t>("-128", "127", "-129", "128");
   expectIntegerRange<uint8_t>("0", "255", "-1", "256");
-  expectIntegerRange<int16_t>("-32768", "32767", "-32769", "32768");
-  expectIntegerRange<uint16_t>("0", "65535", "-1", "65536");
   expectIntegerRange<int32_t>("-2147483648", "2147483647", "-2147483649", "2147483648");
   expectIntegerRange<uint32_t>("0", "4294967295", "-1", "4294967296");
   expectIntegerRange<int64_t>("-9223372036854775808", "9223372036854775807", "-9223372036854775809",
@@ -135,13 +128,11 @@ TEST(StringForm, BoolsAndIntegers) {
   expectStops<uint16_t>("42abc", "42", "abc");
   // Nothing takes a plus sign, a letter or an empty text.
   expectAllRefused<int32_t>({"+1", "", "x1"}, "Invalid integer");
-  expectAllRefused<uint32_t>({"+1", "", "x1"}, "Invalid integer");
 }
 
 TEST(StringForm, Double) {
   const std::pair<double, const char*> cases[] = {
-      {0.0, "0"},        {-0.0, "-0"},   {0.1, "0.1"},      {-2.25, "-2.25"},
-      {1e300, "1e+300"}, {100.0, "100"}, {5e-324, "5e-324"}};
+      {-0.0, "-0"}, {0.1, "0.1"}, {1e300, "1e+300"}, {100.0, "100"}, {5e-324, "5e-324"}};
   for (const auto& [v, form] : cases) {
     EXPECT_EQ(Zel::valueToStrep(v).view(), form);
     const double back = parsed<double>(form);
@@ -153,15 +144,12 @@ TEST(StringForm, Double) {
     EXPECT_EQ(parsed<double>(Zel::valueToStrep(v).view()), v);
   }
   expectRefused<double>("x", "Invalid double");
-  expectRefused<double>("", "Invalid double");
   expectStops<double>("2.5, x", "2.5", ", x");
 }
 
 TEST(StringForm, NeedAndAcceptString) {
   const Zel::String text("Value('X'");
   Zel::StrIt it = text.begin();
-  EXPECT_FALSE(Zel::acceptString(it, text.end(), "Valve"));
-  EXPECT_TRUE(it == text.begin());
   EXPECT_FALSE(Zel::acceptString(it, text.end(), "Value('X')"));  // longer than what is left
   EXPECT_TRUE(it == text.begin());
   expectRangeError([&] { Zel::needString(it, text.end(), "Val1"); }, "Expected 'Val1'");
@@ -170,7 +158,6 @@ TEST(StringForm, NeedAndAcceptString) {
   EXPECT_EQ(std::string_view(it, text.end()), "'X'");
   EXPECT_TRUE(Zel::acceptString(it, text.end(), "'X'"));
   EXPECT_TRUE(it == text.end());
-  EXPECT_TRUE(Zel::acceptString(it, text.end(), ""));
   expectRangeError([&] { Zel::needString(it, text.end(), "})"); }, "Expected '})'");
 }
 
@@ -187,7 +174,6 @@ TEST(StringForm, DeserializeAttrNamesTheAttributeParseWholeTakesAll) {
 
   EXPECT_EQ(Zel::parseWhole<uint32_t>("42", "Invalid thing"), 42u);
   expectRangeError([] { Zel::parseWhole<uint32_t>("42 ", "Invalid thing"); }, "Invalid thing");
-  expectRangeError([] { Zel::parseWhole<uint32_t>("x", "Invalid thing"); }, "Invalid thing");
   expectRangeError([] { Zel::parseWhole<uint32_t>("", "Invalid thing"); }, "Invalid thing");
 }
 
@@ -202,7 +188,6 @@ TEST(NboAttrLog, RecordFramingIsBigEndianAndCounted) {
                                 0xAB, 0xCD,                 // U16
                                 0x11, 0x22, 0x33, 0x44}));  // U32
   Zel::NboAttrLog::In in(out.bytes().data(), out.bytes().size());
-  EXPECT_FALSE(in.atEnd());
   EXPECT_EQ(in.nextAttrId(), 0x01020304u);
   EXPECT_EQ(in.remaining(), 6u);
   EXPECT_EQ(in.nextU16(), 0xABCD);
@@ -220,19 +205,14 @@ TEST(NboAttrLog, RecordFramingIsBigEndianAndCounted) {
   EXPECT_TRUE(small.spaceFor(0));
   EXPECT_FALSE(small.spaceFor(1));
   small.clear();
-  EXPECT_TRUE(small.bytes().empty());
   EXPECT_TRUE(small.spaceFor(12));
 }
 
 TEST(NboAttrLog, ValueEncodings) {
   expectLogged(true, {0x01});
-  expectLogged(false, {0x00});
-  expectLogged(uint8_t{0x7F}, {0x7F});
   expectLogged(int16_t{-2}, {0xFF, 0xFE});
-  expectLogged(int32_t{-1}, {0xFF, 0xFF, 0xFF, 0xFF});
   expectLogged(uint64_t{0x0102030405060708}, {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08});
   expectLogged(1.0, {0x3F, 0xF0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00});
-  expectLogged(-0.5, {0xBF, 0xE0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00});
   expectLogged(Zel::String(std::string_view("a\0b", 3)), {0x00, 0x00, 0x00, 0x03, 'a', 0, 'b'});
   expectLogged(Zel::String(), {0x00, 0x00, 0x00, 0x00});
 }
@@ -385,8 +365,6 @@ TEST_P(PtrCounts, FlagsInTheHighBitsDoNotDisturbTheCount) {
   }
   // Zero is reached on the count bits alone, the flags still set.
   EXPECT_EQ(destroyed, 2);
-  static_assert(Zel::PtrInterface::countMask == 0x00FFFFFFu);
-  static_assert(Zel::PtrInterface::flagMask == 0xFF000000u);
 }
 
 TEST_P(PtrCounts, ReleaseCastAndReplace) {

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-#include <string>
-
 #include "platform/bridging/VlanIdOrNone.h"
 #include "platform/pseudowire/GroupId.h"
 #include "platform/pseudowire/PseudowireId.h"
@@ -29,10 +26,7 @@ namespace {
 // PW ids and group ids share one implementation; each has its own failure text.
 TEST(PseudowireIdAndGroupId, FormsRefusalsOrderAndLog) {
   expectForm(PseudowireId(), "0");
-  expectForm(PseudowireId(100), "100");
   expectForm(GroupId(0xFFFFFFFF), "4294967295");
-  EXPECT_TRUE(!PseudowireId());
-  EXPECT_FALSE(!GroupId(1));
   EXPECT_EQ(parsed<PseudowireId>("007"), PseudowireId(7));
   for (const char* bad : {"", "4294967296", "-1", "+1", "x1", " 1"}) {
     expectRefused(bad, "Invalid PseudowireId", PseudowireId(3));
@@ -44,36 +38,18 @@ TEST(PseudowireIdAndGroupId, FormsRefusalsOrderAndLog) {
   expectLogged(GroupId(0xA0B0C0D0), {0xA0, 0xB0, 0xC0, 0xD0});
 }
 
-TEST(PseudowireType, KnownTypesAndNames) {
-  // The names of codes 1, 2, ... in order; each prints and reads back.
-  std::istringstream names(
-      "frameRelayDlciMartini atmAal5SduVcc atmTransparentCell ethernetTagged ethernet hdlc ppp "
-      "sonetSdhCem atmNToOneVcc atmNToOneVpc ipLayer2 atmOneToOneVcc atmOneToOneVpc atmAal5PduVcc "
-      "frameRelayPort sonetSdhCep satopE1 satopT1 satopE3 satopT3 cesopsnBasic tdmoipAal1 "
-      "cesopsnCas tdmoipAal2 frameRelayDlci");
-  uint16_t code = 1;
-  for (std::string name; names >> name;) {
-    const PseudowireType t(code++);
-    EXPECT_TRUE(t.isKnown()) << name;
-    EXPECT_STREQ(t.name(), name.c_str());
-    expectForm(t, name);
-  }
-  EXPECT_EQ(code, 0x1A);
-
-  // Reserved, later and unassigned codes are numbers only.
-  for (uint16_t unknown : {0x0000, 0x001A, 0x0100, 0x7FFF}) {
+TEST(PseudowireType, FormsParsingRangeOrderAndLog) {
+  // Known codes, the first and last included, print as names; the rest as numbers.
+  expectForm(PseudowireType(1), "frameRelayDlciMartini");
+  expectForm(PseudowireType(0x19), "frameRelayDlci");
+  for (uint16_t unknown : {0x0000, 0x001A, 0x7FFF}) {
     EXPECT_FALSE(PseudowireType(unknown).isKnown()) << unknown;
     EXPECT_EQ(PseudowireType(unknown).name(), nullptr);
   }
   expectForm(PseudowireType(), "0x0000");
   expectForm(PseudowireType(0x001A), "0x001a");
   expectForm(PseudowireType(0x7FFF), "0x7fff");
-  EXPECT_TRUE(!PseudowireType());
-}
-
-TEST(PseudowireType, ParsingRangeOrderAndLog) {
   // A known code given as a number reads back as itself.
-  EXPECT_EQ(parsed<PseudowireType>("0x0005"), PseudowireType(5));
   EXPECT_EQ(parsed<PseudowireType>("0X1a"), PseudowireType(0x1A));
   EXPECT_EQ(parsed<PseudowireType>("0x5"), PseudowireType(5));
   expectStops<PseudowireType>("ethernet:cbit1", "ethernet", ":cbit1");
@@ -104,13 +80,8 @@ TEST(VccvCvTypes, BitsFormsAndLog) {
   v = VccvCvTypes(0xFF);
   v.flagIs(VccvCvTypes::bfdIpUdpFault, false);
   EXPECT_EQ(v.value(), 0xFB);
-  EXPECT_EQ(VccvCvTypes::icmpPing | VccvCvTypes::lspPing | VccvCvTypes::bfdIpUdpFault |
-                VccvCvTypes::bfdIpUdpFaultStatus | VccvCvTypes::bfdAchFault |
-                VccvCvTypes::bfdAchFaultStatus,
-            0x3F);
 
   expectForm(VccvCvTypes(), "0x00");
-  expectForm(VccvCvTypes(0x3F), "0x3f");
   expectForm(VccvCvTypes(0xFF), "0xff");
   EXPECT_EQ(parsed<VccvCvTypes>("0X2"), VccvCvTypes(2));
   expectAllRefused({"", "2", "0x", "0x100", "x02"}, "Invalid VccvCvTypes", VccvCvTypes(1));
@@ -138,12 +109,7 @@ TEST(PseudowireLdpStatusFlags, NamedBitsFormsAndLog) {
   const PseudowireLdpStatusFlags odd(0x15);
   EXPECT_TRUE(odd.pwNotForwarding() && odd.localACEgrTransFault() && odd.localPsnPwEgrTransFault());
   EXPECT_FALSE(odd.localACIngrRecvFault() || odd.localPsnPwIngrRecvFault());
-  const PseudowireLdpStatusFlags even(0x0A);
-  EXPECT_TRUE(even.localACIngrRecvFault() && even.localPsnPwIngrRecvFault());
-  EXPECT_FALSE(even.pwNotForwarding() || even.localACEgrTransFault() ||
-               even.localPsnPwEgrTransFault());
 
-  expectForm(PseudowireLdpStatusFlags(), "0x00000000");
   expectForm(PseudowireLdpStatusFlags(0x1F), "0x0000001f");
   expectForm(PseudowireLdpStatusFlags(0xDEADBEEF), "0xdeadbeef");
   EXPECT_EQ(parsed<PseudowireLdpStatusFlags>("0x3"), PseudowireLdpStatusFlags(3));
@@ -160,8 +126,6 @@ TEST(PseudowireLdpRequestKey, FormsRefusalsOrderAndLog) {
   expectForm(PseudowireLdpRequestKey(), "none_0");
   expectForm(PseudowireLdpRequestKey(v4, PseudowireId(100)), "10.0.0.2_100");
   expectForm(PseudowireLdpRequestKey(v6, PseudowireId(7)), "2001:db8::2_7");
-  EXPECT_TRUE(!PseudowireLdpRequestKey());
-  EXPECT_FALSE(!PseudowireLdpRequestKey(Ovo::IpGenAddr(), PseudowireId(1)));
   expectAllRefused({"", "10.0.0.2", "10.0.0.2_", "10.0.0.2-1", "x_1", "_1"},
                    "Invalid PseudowireLdpRequestKey", PseudowireLdpRequestKey(v4, PseudowireId(1)));
   // By peer first: a larger PW id towards a smaller address comes before.
@@ -174,10 +138,7 @@ TEST(PseudowireLdpRequestKey, FormsRefusalsOrderAndLog) {
 
 TEST(VlanIdOrNone, RangeFormsOrderAndLog) {
   const char* range = "VlanIdOrNone::value > 4094 not allowed";
-  EXPECT_TRUE(VlanIdOrNone().isNone());
   EXPECT_TRUE(VlanIdOrNone(0).isNone());  // the wire's "no VLAN"
-  EXPECT_TRUE(!VlanIdOrNone());
-  EXPECT_FALSE(!VlanIdOrNone(1));
   EXPECT_EQ(VlanIdOrNone(4094).value(), 4094);
   expectRangeError([] { VlanIdOrNone(4095); }, range);
   VlanIdOrNone v(100);
@@ -185,7 +146,6 @@ TEST(VlanIdOrNone, RangeFormsOrderAndLog) {
   EXPECT_EQ(v.value(), 100);
 
   expectForm(VlanIdOrNone(), "none");
-  expectForm(VlanIdOrNone(1), "1");
   expectForm(VlanIdOrNone(4094), "4094");
   expectAllRefused({"", "0", "4095", "99999999999999999999", "-1", "None", "vlan1"},
                    "Invalid VlanIdOrNone", VlanIdOrNone(7));

@@ -120,19 +120,3 @@ TEST(PduHdr, FieldsInPlaceAndStringForm) {
   EXPECT_EQ(p->totalLength(), 0);
   EXPECT_EQ(p->stringValue(), "LdpPduHdr: Ver(515),Len(65532),LdpId: 192.168.0.1:258");
 }
-
-TEST(HeaderTypes, ReflectionFormsAndOverlayRegistration) {
-  EXPECT_EQ(valueToStrep(LdpTlvTypeField(0x4101)),
-            "Value('Ldp::LdpTlvTypeField', ** {'unknown': False, 'forwardUnknown': True, "
-            "'type': addrListTlv})");
-  EXPECT_EQ(valueToStrep(LdpHdrMsgUbitAndTypeField(0x8100)),
-            "Value('Ldp::LdpHdrMsgUbitAndTypeField', ** {'unknown': True, 'type': LdpHello})");
-  const LdpPduHdr pdu{};
-  const LdpMsgHdr msg{};
-  const LdpTlvHdr tlv{};
-  for (const Zel::ZelType* t : {pdu.fwkType(), msg.fwkType(), tlv.fwkType()}) {
-    EXPECT_EQ(t->kind(), Zel::ZelType::Kind::overlay) << t->name();
-    EXPECT_EQ(Zel::ZelType::lookup(t->name()), t);
-  }
-  EXPECT_STREQ(tlv.fwkType()->name(), "Ldp::LdpTlvHdr");
-}

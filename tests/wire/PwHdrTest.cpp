@@ -196,17 +196,6 @@ TEST(PwStatusTlv, StatusWordForwardingAndForms) {
   EXPECT_EQ(as<LdpPwStatusTlv>(unknown)->validate(), unknownMessageTypeIgnore_);
   EXPECT_EQ(as<LdpPwStatusTlv>(unknown)->stringValue(),
             "Error LdpPwStatusTlv: unknownMessageTypeIgnore");
-
-  const Zel::ZelType* t = s->fwkType();
-  EXPECT_STREQ(t->name(), "Ldp::LdpPwStatusTlv");
-  EXPECT_EQ(t->kind(), Zel::ZelType::Kind::overlay);
-  EXPECT_EQ(t->base(), as<LdpTlvHdr>(b)->fwkType());
-}
-
-TEST(PwIntfParamFlags, ReflectionForm) {
-  EXPECT_EQ(valueToStrep(LdpPwIntfParamFlags(true, false, true, false, true)).view(),
-            "Value('Ldp::LdpPwIntfParamFlags', ** {'intfMtu': True, 'intfDesc': False, "
-            "'requestedVlanId': True, 'fragIndicator': False, 'vccvParam': True})");
 }
 
 TEST(PwHdrDeathTest, TypeAssertions) {

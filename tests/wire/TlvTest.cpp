@@ -90,13 +90,6 @@ TEST(FixedLengthTlvs, FieldsAndStringForms) {
 
   Bytes id = tlv(0x0600, {0x80, 0, 0, 1});
   EXPECT_EQ(as<LdpLabelReqMsgIdTlv>(id)->stringValue(), "LabelReqMsgIdTlv: ID(2147483649)");
-  as<LdpLabelReqMsgIdTlv>(id)->reqMsgIdIs(7);
-  EXPECT_EQ(id, tlv(0x0600, {0, 0, 0, 7}));
-
-  Bytes hop = tlv(0x0103, {0xFF});
-  EXPECT_EQ(as<LdpHopCountTlv>(hop)->stringValue(), "LdpHopCountTlv: 255");
-  as<LdpHopCountTlv>(hop)->hopCountIs(3);
-  EXPECT_EQ(hop, tlv(0x0103, {3}));
 }
 
 TEST(CommonHelloTlv, FieldsBitsAndForm) {
@@ -394,19 +387,6 @@ TEST(CapabilityParameterTlv, StateBitIsTheTopBit) {
   EXPECT_EQ(b, tlv(0x0506, {0xFF, 0xAA}));
   c->stateIs(false);
   EXPECT_EQ(b, tlv(0x0506, {0x7F, 0xAA}));
-}
-
-TEST(TlvTypes, RegisteredAsOverlaysOfTheTlvHeader) {
-  Bytes b(20);
-  const Zel::ZelType* hdr = as<LdpTlvHdr>(b)->fwkType();
-  for (const Zel::ZelType* t :
-       {as<LdpCommonSessionParamTlv>(b)->fwkType(), as<LdpStatusTlv>(b)->fwkType(),
-        as<LdpPathVectorTlv>(b)->fwkType(), as<LdpCapabilityParameterTlv>(b)->fwkType()}) {
-    EXPECT_EQ(t->kind(), Zel::ZelType::Kind::overlay) << t->name();
-    EXPECT_EQ(t->base(), hdr) << t->name();
-    EXPECT_EQ(Zel::ZelType::lookup(t->name()), t);
-  }
-  EXPECT_STREQ(as<LdpStatusTlv>(b)->fwkType()->name(), "Ldp::LdpStatusTlv");
 }
 
 TEST(TlvDeathTest, ValidateOnAnotherTypeAborts) {
