@@ -11,11 +11,15 @@ function(ldp_types target)
     string(REGEX REPLACE "\\.types$" "" stem ${rel})
     set(out_h ${LDP_GEN_DIR}/${stem}.gen.h)
     set(out_cpp ${LDP_GEN_DIR}/${stem}.gen.cpp)
+    set(out_dep ${LDP_GEN_DIR}/${stem}.gen.d)
+    # The depfile lists the descriptions this one imports, so editing one of them
+    # regenerates every unit that imports it.
     add_custom_command(
       OUTPUT ${out_h} ${out_cpp}
       COMMAND ${Python3_EXECUTABLE} ${LDP_CODEGEN}
-              --source-root ${CMAKE_SOURCE_DIR} --out-root ${LDP_GEN_DIR} ${rel}
+              --source-root ${CMAKE_SOURCE_DIR} --out-root ${LDP_GEN_DIR} --depfile ${out_dep} ${rel}
       DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${desc} ${LDP_CODEGEN_SOURCES}
+      DEPFILE ${out_dep}
       WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
       COMMENT "Generating ${stem}.gen.h/.cpp"
       VERBATIM)

@@ -14,48 +14,8 @@ import sys
 
 import typedesc
 
-SCALARS = {
-    "bool": "bool", "double": "double", "float": "float",
-    "U8": "uint8_t", "U16": "uint16_t", "U32": "uint32_t", "U64": "uint64_t",
-    "uint8_t": "uint8_t", "uint16_t": "uint16_t", "uint32_t": "uint32_t", "uint64_t": "uint64_t",
-    "int8_t": "int8_t", "int16_t": "int16_t", "int32_t": "int32_t", "int64_t": "int64_t",
-    "int": "int", "unsigned": "unsigned", "unsigned int": "unsigned int",
-    "Zel::Seconds": "Zel::Seconds",
-}
-NON_COUNTERS = {"bool", "double", "float", "Zel::Seconds"}
-
-
-def cpp(t):
-    return SCALARS.get(t, t)
-
-
-def is_scalar(t, unit=None):
-    if t in SCALARS:
-        return True
-    d = unit.find(t) if unit else None
-    return d is not None and d.kind == "enum"
-
-
-def is_counter(t):
-    return t in SCALARS and t not in NON_COUNTERS
-
-
-def param(t, unit):
-    return cpp(t) if is_scalar(t, unit) else f"const {cpp(t)}&"
-
-
-def lower_first(s):
-    return s[0].lower() + s[1:]
-
-
-def upper_first(s):
-    return s[:1].upper() + s[1:]  # "" for a method, which has no name
-
-
-def factory_of(t):
-    """The factory of entity type t: "Ns::Leaf" -> "Ns::leafFactory"."""
-    scope, _, name = t.rpartition("::")
-    return f"{scope}{'::' if scope else ''}{lower_first(name)}Factory"
+from cxx import (DescError, cpp, entity_chain, is_scalar, lower_first, param, upper_first)
+from members import DESC_FIELDS, KINDS, Ctx, handler
 
 
 def default_of(m):
@@ -67,6 +27,8 @@ class Out:
         self.lines = []
 
     def __call__(self, text=""):
+        if text is None:
+            return
         self.lines.extend(text.split("\n") if text else [""])
 
     def text(self):
@@ -79,19 +41,27 @@ def enum_type_fn(d):
     return f"{d.name}EnumType"
 
 
-def emit_enum_header(d, h):
+def enum_in_class(d):
+    """The enumeration's declarations inside its outer class."""
     values = ", ".join(f"{m.name}_ = {m.value:#x}" for m in d.of("enumerator"))
-    body = f"enum {d.name} : uint32_t {{ {values} }};"
+    s = f"  enum {d.name} : uint32_t {{ {values} }};\n  static const Zel::EnumType& {enum_type_fn(d)}();\n"
+    if "nofree" not in d.options:
+        s += (f"  static {d.name} {d.name}Instance(unsigned int value);\n"
+              f"  static {d.name} {d.name}Instance(const Zel::String& name);\n")
+    return s
+
+
+def emit_enum_header(d, h, outer_is_entity=False):
+    """Declares the enumeration (unless an entity of this unit holds it) and its free
+    functions; gives its C++ name and that of its descriptor function."""
     fn = enum_type_fn(d)
     if d.outer:
-        h(f"struct {d.outer} {{\n  {body}\n  static const Zel::EnumType& {fn}();")
-        if "nofree" not in d.options:
-            h(f"  static {d.name} {d.name}Instance(unsigned int value);")
-            h(f"  static {d.name} {d.name}Instance(const Zel::String& name);")
-        h("};")
+        if not outer_is_entity:
+            h(f"struct {d.outer} {{\n{enum_in_class(d)}}};")
         t, fn_q = f"{d.outer}::{d.name}", f"{d.outer}::{fn}"
     else:
-        h(body)
+        values = ", ".join(f"{m.name}_ = {m.value:#x}" for m in d.of("enumerator"))
+        h(f"enum {d.name} : uint32_t {{ {values} }};")
         h(f"const Zel::EnumType& {fn}();")
         if "nofree" not in d.options:
             h(f"{d.name} {d.name}Instance(unsigned int value);")
@@ -259,95 +229,47 @@ def emit_value_source(d, unit, c):
 
 # ---------------------------------------------------------------- entity types
 
-def chain(d, unit):
-    """The entity and its bases, most basic first."""
-    out = []
-    while d:
-        out.insert(0, d)
-        d = unit.find(d.base) if d.base else None
-    return out
-
-
 NAME_KEY = typedesc.Member("key", "name", type="Zel::Name")
 
 
 def is_named(d, unit):
-    """An entity without a key member is created by name."""
-    return not chain(d, unit)[0].of("key")
+    """An entity without a key member anywhere in its bases is created by name."""
+    return not any(e.of("key") for e in entity_chain(d, unit))
 
 
-def all_keys(d, unit):
-    keys = [k for e in chain(d, unit) for k in e.of("key")]
-    return keys or [NAME_KEY]
+def ctor_args(d, unit):
+    """The constructor's parameters: keys of every level, then init members."""
+    chain = entity_chain(d, unit)
+    keys = [k for e in chain for k in e.of("key")] or [NAME_KEY]
+    return keys + [k for e in chain for k in e.of("init")]
 
 
-def handler(m):
-    return f"on{upper_first(m.name)}"
-
-
-def notifying(m):
-    return m.kind in ("attr", "map", "set", "children", "child")
+def nested_enums(d, unit):
+    return [e for e in unit.own() if e.kind == "enum" and e.outer == d.name]
 
 
 def emit_entity_header(d, unit, h):
-    n = d.name
+    n, x = d.name, Ctx(unit, d, entity_chain(d, unit))
     base = d.base or "Zel::Entity"
-    keys = all_keys(d, unit)
+    args = ctor_args(d, unit)
     h(f"class {n} : public {base} {{\n public:")
     h("  class NotifieeConst;\n  class Notifiee;\n")
-    h(f"  static const Zel::ZelType& zelType();")
-    h(f"  const Zel::ZelType* fwkType() const override {{ return &zelType(); }}")
+    for e in nested_enums(d, unit):
+        h(enum_in_class(e))
+    h("  static const Zel::ZelType& zelType();")
+    h("  const Zel::ZelType* fwkType() const override { return &zelType(); }")
     if not d.base:
         if is_named(d, unit):
             h("  Zel::Name name() const override { return name_; }")
-            h("  // Renames an entity rebuilt from a state backup.")
-            h("  void nameIsFromBackup(const Zel::Name& name) { name_ = name; }")
+            h("  void nameIsFromBackup(const Zel::Name& name) override { name_ = name; }")
         else:
             h("  Zel::Name name() const override;")
     h()
     for m in d.members:
-        t, p = cpp(m.type), param(m.type, unit)
-        ret = t if is_scalar(m.type, unit) else f"const {t}&"
-        kp = param(m.key_type, unit) if m.key_type else ""
-        if m.kind == "key":
-            h(f"  {ret} {m.name}() const {{ return {m.name}_; }}")
-        elif m.kind == "attr":
-            h(f"  {ret} {m.name}() const {{ return {m.name}_; }}")
-            h(f"  void {m.name}Is({p} v);")
-            if is_counter(m.type):
-                h(f"  void {m.name}Inc({t} delta = 1);\n  void {m.name}Dec({t} delta = 1);")
-        elif m.kind == "map":
-            h(f"  // {m.name}: {t} keyed by {m.key_type}; the default value when absent.")
-            h(f"  {t} {m.name}({kp} key) const;")
-            h(f"  void {m.name}Is({kp} key, {p} v);")
-        elif m.kind == "set":
-            h(f"  // {m.name}: a set of {m.key_type}.")
-            h(f"  bool {m.name}({kp} key) const {{ return {m.name}_.has(key); }}")
-            h(f"  void {m.name}Is({kp} key);")
-        elif m.kind == "children":
-            h(f"  // {m.name}: child {t} entities keyed by {m.key_type}.")
-            h(f"  Zel::Ptr<{t}> {m.name}({kp} key) const {{ return {m.name}_.find(key); }}")
-            h(f"  Zel::Ptr<{t}> {m.name}Is({kp} key);")
-        elif m.kind == "child":
-            h(f"  Zel::Ptr<{t}> {m.name}() const {{ return {m.name}_; }}")
-            h(f"  Zel::Ptr<{t}> {m.name}Is(const Zel::Name& name);")
-            h(f"  void {m.name}Del();")
-        elif m.kind == "const":
-            h(f"  static {t} {m.name}() {{ return {m.default}; }}")
-        elif m.kind == "function":
-            h(f"  void {m.name}();")
-        elif m.kind == "method":
-            h(f"  {m.extra}")
-        if m.kind in ("map", "set", "children"):
-            h(f"  void {m.name}Del({kp} key);")
-            h(f"  void {m.name}DelAll();")
-            h(f"  void {m.name}Notify({kp} key);")
-            h(f"  size_t {m.name}s() const {{ return {m.name}_.size(); }}")
-            h(f"  // Entries (.key, .value) in the map's order.")
-            h(f"  const auto& {m.name}Iter() const {{ return {m.name}_.map(); }}")
+        h(KINDS[m.kind].public(m, x).rstrip("\n") or None)
     h("\n protected:")
-    args = ", ".join(f"{param(k.type, unit)} {k.name}" for k in keys)
-    h(f"  {'explicit ' if len(keys) == 1 else ''}{n}({args});")
+    sig = ", ".join(f"{param(k.type, unit)} {k.name}" for k in args)
+    h(f"  {'explicit ' if len(args) == 1 else ''}{n}({sig});")
     h(f"  ~{n}() override;")
     if "ctor" in d.options:
         h("  void constructed();")
@@ -356,19 +278,14 @@ def emit_entity_header(d, unit, h):
     if not d.base and is_named(d, unit):
         h("  Zel::Name name_;")
     for m in d.members:
-        t = cpp(m.type)
-        if m.kind in ("key", "attr"):
-            h(f"  {t} {m.name}_{default_of(m)};")
-        elif m.kind == "map":
-            h(f"  Zel::ValueColl<{cpp(m.key_type)}, {t}> {m.name}_;")
-        elif m.kind == "set":
-            h(f"  Zel::ValueSet<{cpp(m.key_type)}> {m.name}_;")
-        elif m.kind == "children":
-            h(f"  Zel::EntityColl<{cpp(m.key_type)}, {t}> {m.name}_;")
-        elif m.kind == "child":
-            h(f"  Zel::Ptr<{t}> {m.name}_;")
+        h(KINDS[m.kind].storage(m, x).rstrip("\n") or None)
     h("};\n")
-    # Reactors.
+    emit_reactors(d, x, h)
+    h(f"Zel::Ptr<{n}> {lower_first(n)}Factory({sig});\n")
+
+
+def emit_reactors(d, x, h):
+    n = d.name
     rbase = f"{d.base}::NotifieeConst" if d.base else "Zel::Entity::NotifieeConst"
     h(f"class {n}::NotifieeConst : public {rbase} {{\n public:")
     h(f"  NotifieeConst() : {rbase}({d.depth}) {{}}")
@@ -376,162 +293,86 @@ def emit_entity_header(d, unit, h):
       f"    return Zel::Ptr<const {n}>(static_cast<const {n}*>(notifierBase().ptr()));\n  }}")
     h(f"  void notifierIs(const Zel::Ptr<const {n}>& n) {{ notifierBaseIs(n.ptr()); }}")
     for m in d.members:
-        if not notifying(m):
-            continue
-        if m.kind in ("map", "set", "children"):
-            h(f"  virtual void {handler(m)}({param(m.key_type, unit)}) {{}}")
-        else:
-            h(f"  virtual void {handler(m)}() {{}}")
+        p = KINDS[m.kind].handler_param(m, x)
+        if p is not None:
+            h(f"  virtual void {handler(m)}({p}) {{}}")
     h(f"\n protected:\n  explicit NotifieeConst(unsigned depth) : {rbase}(depth) {{}}\n}};\n")
     h(f"class {n}::Notifiee : public {n}::NotifieeConst {{\n public:")
     h(f"  Zel::Ptr<{n}> notifier() const {{\n"
       f"    return Zel::Ptr<{n}>(const_cast<{n}*>(NotifieeConst::notifier().ptr()));\n  }}")
     h(f"  void notifierIs(const Zel::Ptr<{n}>& n) {{ notifierBaseIs(n.ptr()); }}\n}};\n")
-    args = ", ".join(f"{param(k.type, unit)} {k.name}" for k in keys)
-    h(f"Zel::Ptr<{n}> {lower_first(n)}Factory({args});\n")
 
 
 def emit_entity_source(d, unit, c):
-    n = d.name
-    keys = all_keys(d, unit)
-    visit = f"visitNotifiees<NotifieeConst, {d.depth}>"
-    # Construction and destruction.
-    args = ", ".join(f"{param(k.type, unit)} {k.name}" for k in keys)
+    n, x = d.name, Ctx(unit, d, entity_chain(d, unit))
+    args = ctor_args(d, unit)
+    sig = ", ".join(f"{param(k.type, unit)} {k.name}" for k in args)
     if d.base:
-        base_keys = ", ".join(k.name for k in keys)
-        init = f" : {d.base}({base_keys})"
+        base_args = ctor_args(unit.find(d.base), unit)
+        init = f" : {d.base}({', '.join(k.name for k in base_args)})"
+        own = [k for k in args if k not in base_args]
     else:
-        init = " : " + ", ".join(f"{k.name}_({k.name})" for k in keys)
-    c(f"{n}::{n}({args}){init} {{{' constructed(); ' if 'ctor' in d.options else ''}}}\n")
-    c(f"{n}::~{n}() {{")
-    for m in d.members:
-        if m.kind == "children":
-            c(f"  for (const auto& e : {m.name}_.map()) e.value->parentIs(nullptr, 0);")
-        elif m.kind == "child":
-            c(f"  if ({m.name}_) {m.name}_->parentIs(nullptr, 0);")
-    c("}\n")
-    c(f"Zel::Ptr<{n}> {lower_first(n)}Factory({args}) {{\n"
-      f"  return Zel::allocate<{n}>({', '.join(k.name for k in keys)});\n}}\n")
+        init, own = "", args
+    if own:
+        init += (", " if init else " : ") + ", ".join(f"{k.name}_({k.name})" for k in own)
+    body = "".join(KINDS[m.kind].construct(m, x) for m in d.members)
+    if "ctor" in d.options:
+        body += "  constructed();\n"
+    c(f"{n}::{n}({sig}){init} {{{chr(10) + body if body else ''}}}\n")
+    c(f"{n}::~{n}() {{\n" + "".join(KINDS[m.kind].destroy(m, x) for m in d.members) + "}\n")
+    c(f"Zel::Ptr<{n}> {lower_first(n)}Factory({sig}) {{\n"
+      f"  return Zel::allocate<{n}>({', '.join(k.name for k in args)});\n}}\n")
     if not d.base and not is_named(d, unit):
-        k = d.of("key")[0]
-        c(f"Zel::Name {n}::name() const {{ return Zel::nameOfKey({k.name}_); }}\n")
-    for m in d.members:
-        t, p = cpp(m.type), param(m.type, unit)
-        kp = param(m.key_type, unit) if m.key_type else ""
-        on = handler(m)
-        if m.kind == "attr":
-            c(f"void {n}::{m.name}Is({p} v) {{\n  if ({m.name}_ == v) return;\n  {m.name}_ = v;\n"
-              f"  {visit}([](NotifieeConst* r) {{ r->{on}(); }});\n}}\n")
-            if is_counter(m.type):
-                for op, sign in (("Inc", "+"), ("Dec", "-")):
-                    c(f"void {n}::{m.name}{op}({t} delta) {{ {m.name}Is(static_cast<{t}>({m.name}_ {sign} delta)); }}\n")
-        elif m.kind == "map":
-            c(f"{t} {n}::{m.name}({kp} key) const {{ return {m.name}_.at(key, {t}{{}}); }}\n")
-            c(f"void {n}::{m.name}Is({kp} key, {p} v) {{\n  if (!{m.name}_.set(key, v)) return;\n"
-              f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
-        elif m.kind == "set":
-            c(f"void {n}::{m.name}Is({kp} key) {{\n  if (!{m.name}_.add(key)) return;\n"
-              f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
-        elif m.kind == "children":
-            c(f"Zel::Ptr<{t}> {n}::{m.name}Is({kp} key) {{\n"
-              f"  if (Zel::Ptr<{t}> existing = {m.name}_.find(key)) return existing;\n"
-              f"  Zel::Ptr<{t}> child = {factory_of(t)}(key);\n"
-              f"  child->parentIs(this, {m.id});\n  {m.name}_.add(key, child);\n"
-              f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n  return child;\n}}\n")
-        elif m.kind == "child":
-            # Returns the local: a handler may let the entity go during the visit.
-            c(f"Zel::Ptr<{t}> {n}::{m.name}Is(const Zel::Name& name) {{\n"
-              f"  if ({m.name}_ && {m.name}_->name() == name) return {m.name}_;\n"
-              f"  Zel::Ptr<{t}> child = {factory_of(t)}(name);\n"
-              f"  child->parentIs(this, {m.id});\n"
-              f"  if ({m.name}_) {m.name}_->parentIs(nullptr, 0);\n"
-              f"  {m.name}_ = child;\n"
-              f"  {visit}([](NotifieeConst* r) {{ r->{on}(); }});\n  return child;\n}}\n")
-            c(f"void {n}::{m.name}Del() {{\n  if (!{m.name}_) return;\n"
-              f"  {m.name}_->parentIs(nullptr, 0);\n  {m.name}_ = nullptr;\n"
-              f"  {visit}([](NotifieeConst* r) {{ r->{on}(); }});\n}}\n")
-        if m.kind in ("map", "set", "children"):
-            if m.kind == "children":
-                c(f"void {n}::{m.name}Del({kp} key) {{\n  Zel::Ptr<{t}> child = {m.name}_.del(key);\n"
-                  f"  if (!child) return;\n  child->parentIs(nullptr, 0);\n"
-                  f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
-            else:
-                c(f"void {n}::{m.name}Del({kp} key) {{\n  if (!{m.name}_.del(key)) return;\n"
-                  f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
-            # The entity keeps itself alive: a handler may drop the last outside reference.
-            c(f"void {n}::{m.name}DelAll() {{\n"
-              f"  if ({m.name}_.size() == 0) return;\n"
-              f"  Zel::Ptr<const {n}> keep(this);\n"
-              f"  for (const auto& key : {m.name}_.keys()) {m.name}Del(key);\n}}\n")
-            c(f"void {n}::{m.name}Notify({kp} key) {{\n"
-              f"  {visit}([&](NotifieeConst* r) {{ r->{on}(key); }});\n}}\n")
-    emit_entity_reflection(d, unit, c)
-
-
-def emit_entity_reflection(d, unit, c):
-    n = d.name
-    self_ = f"static_cast<const {n}&>(e)"
-    attrs = []
-    for m in d.members:
-        if m.kind == "method":
-            continue
-        t = cpp(m.type)
-        kt = cpp(m.key_type) if m.key_type else ""
-        fields = [f'"{m.name}"', str(m.id)]
-        if m.kind == "key":
-            fields += ["Zel::AttrKind::key", f'"{m.type}"',
-                       f"[](const Zel::Entity& e) {{ return valueToStrep({self_}.{m.name}()); }}"]
-        elif m.kind == "attr":
-            fields += ["Zel::AttrKind::mutableAttr", f'"{m.type}"',
-                       f"[](const Zel::Entity& e) {{ return valueToStrep({self_}.{m.name}()); }}",
-                       f"[](Zel::Entity& e, Zel::StrIt& it, const Zel::StrIt& end) {{\n"
-                       f"         const {t} v = Zel::deserializeAttr<{t}>(it, end, \"{m.name}\");\n"
-                       f"         if (it != end) Zel::throwRangeException(\"Invalid value for attribute '{m.name}': trailing text\");\n"
-                       f"         static_cast<{n}&>(e).{m.name}Is(v);\n       }}"]
-        elif m.kind == "const":
-            fields += ["Zel::AttrKind::constant", f'"{m.type}"',
-                       f"[](const Zel::Entity&) {{ return valueToStrep({n}::{m.name}()); }}"]
-        elif m.kind == "function":
-            fields += ["Zel::AttrKind::function", '""', "nullptr", "nullptr", "nullptr", "nullptr",
-                       f"[](Zel::Entity& e) {{ static_cast<{n}&>(e).{m.name}(); }}"]
-        elif m.kind == "child":
-            fields += ["Zel::AttrKind::instantiating", f'"{m.type}"',
-                       f"[](const Zel::Entity& e) {{\n"
-                       f"         auto c = {self_}.{m.name}();\n"
-                       f"         return valueToStrep(c ? c->name() : Zel::Name());\n       }}"]
+        keys = d.of("key")
+        if len(keys) == 1:
+            c(f"Zel::Name {n}::name() const {{ return Zel::nameOfKey({keys[0].name}_); }}\n")
         else:
-            kind = "entityCollection" if m.kind == "children" else "valueCollection"
-            if m.kind == "children":
-                value = (f"auto c = {self_}.{m.name}(k);\n"
-                         f"         return valueToStrep(c ? c->fullName() : Zel::String());")
-            elif m.kind == "set":
-                value = f"return valueToStrep({self_}.{m.name}(k));"
-            else:
-                value = f"return valueToStrep({self_}.{m.name}(k));"
-            fields += [f"Zel::AttrKind::{kind}", f'"{m.type}"', "nullptr", "nullptr",
-                       f"[](const Zel::Entity& e) {{\n"
-                       f"         std::vector<Zel::String> out;\n"
-                       f"         for (const auto& k : {self_}.{m.name}_.keys()) out.push_back(valueToStrep(k));\n"
-                       f"         return out;\n       }}",
-                       f"[](const Zel::Entity& e, const Zel::String& key) {{\n"
-                       f"         const {kt} k = Zel::parseWhole<{kt}>(key, \"Invalid key of {m.name}\");\n"
-                       f"         {value}\n       }}"]
-        attrs.append("      {" + ", ".join(fields) + "}")
-    base = f"&{d.base}::zelType()" if d.base else "&Zel::Entity::entityType()"
+            parts = ", ".join(f"{k.name}_" for k in keys)
+            c(f"Zel::Name {n}::name() const {{ return valueToStrep(Zel::Key(" + parts + ")); }\n")
+    for m in d.members:
+        text = KINDS[m.kind].define(m, x)
+        if text:
+            c(text)
+    emit_type_descriptor(d, x, c)
+    emit_reflection_reactor(d, unit, x, c)
+
+
+def attr_desc(m, x, kind):
+    fields = KINDS[m.kind].reflect(m, x)
+    t = m.type if m.kind not in ("function", "method") else ""
+    parts = [f'.name = "{m.name}"', f".id = {m.id}", f".kind = Zel::AttrKind::{kind.attr_kind}",
+             f'.typeName = "{t}"']
+    parts += [f".{f} = {fields[f]}" for f in DESC_FIELDS if f in fields]
+    return "      {" + ", ".join(parts) + "}"
+
+
+def emit_type_descriptor(d, x, c):
+    n = d.name
+    attrs = [attr_desc(m, x, KINDS[m.kind]) for m in d.members if KINDS[m.kind].numbered]
+    if d.kind == "object":
+        base, kind = "nullptr", "object"
+    else:
+        base, kind = (f"&{d.base}::zelType()" if d.base else "&Zel::Entity::entityType()"), "entity"
     c(f"const Zel::ZelType& {n}::zelType() {{\n"
-      f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::entity, {base}, {{\n"
+      f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::{kind}, {base}, {{\n"
       + ",\n".join(attrs) + "});\n  return type;\n}\n")
-    # The reflection reactor: every handler, own and inherited, forwards by id.
+
+
+def emit_reflection_reactor(d, unit, x, c):
+    """Every handler, own and inherited, forwards to reflection by attribute id."""
+    n = d.name
     cls = f"{n}ReflectionReactor_"
     c(f"namespace {{\nclass {cls} : public {n}::NotifieeConst {{\n public:")
     c(f"  {cls}(const Zel::Ptr<const {n}>& n, Zel::GenericIfNotifiee* target) : target_(target) {{\n"
       f"    notifierIs(n);\n  }}")
-    for e in chain(d, unit):
+    for e in x.chain:
+        ex = Ctx(unit, e, entity_chain(e, unit))
         for m in e.members:
-            if not notifying(m):
+            p = KINDS[m.kind].handler_param(m, ex)
+            if p is None:
                 continue
-            if m.kind in ("map", "set", "children"):
-                c(f"  void {handler(m)}({param(m.key_type, unit)} k) override {{\n"
+            if p:
+                c(f"  void {handler(m)}({p} k) override {{\n"
                   f"    const Zel::String s = valueToStrep(k);\n    target_->onAttribute({m.id}, &s);\n  }}")
             else:
                 c(f"  void {handler(m)}() override {{ target_->onAttribute({m.id}, nullptr); }}")
@@ -546,49 +387,138 @@ def emit_entity_reflection(d, unit, c):
       f"      }});\n  return true;\n}}();\n}}  // namespace\n")
 
 
+# ---------------------------------------------------------------- object types
+
+def emit_object_header(d, unit, h):
+    n, x = d.name, Ctx(unit, d, [d])
+    h(f"class {n} : public Zel::PtrInterface {{\n public:")
+    h("  static const Zel::ZelType& zelType();\n")
+    for m in d.members:
+        h(KINDS[m.kind].public(m, x).rstrip("\n") or None)
+    h(f"\n protected:\n  {n}() = default;\n  ~{n}() override = default;")
+    h("  template <class T, class... A>\n  friend Zel::Ptr<T> Zel::allocate(A&&... args);")
+    h("\n private:")
+    for m in d.members:
+        h(KINDS[m.kind].storage(m, x).rstrip("\n") or None)
+    h("};\n")
+    h(f"Zel::Ptr<{n}> {lower_first(n)}Factory();\n")
+
+
+def emit_object_source(d, unit, c):
+    n, x = d.name, Ctx(unit, d, [d])
+    c(f"Zel::Ptr<{n}> {lower_first(n)}Factory() {{ return Zel::allocate<{n}>(); }}\n")
+    for m in d.members:
+        text = KINDS[m.kind].define(m, x)
+        if text:
+            c(text)
+    # Reflection reads entities; the registry lists an object's attributes with
+    # their ids, types and defaults, without accessors.
+    attrs = []
+    for m in d.members:
+        if not KINDS[m.kind].numbered:
+            continue
+        f = KINDS[m.kind].reflect(m, x)
+        t = m.type if m.kind not in ("function",) else ""
+        parts = [f'.name = "{m.name}"', f".id = {m.id}", f".kind = Zel::AttrKind::{KINDS[m.kind].attr_kind}",
+                 f'.typeName = "{t}"']
+        parts += [f".{k} = {f[k]}" for k in ("keyTypeName", "defaultValue") if k in f]
+        attrs.append("      {" + ", ".join(parts) + "}")
+    c(f"const Zel::ZelType& {n}::zelType() {{\n"
+      f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::object, nullptr, {{\n"
+      + ",\n".join(attrs) + "});\n  return type;\n}\n")
+    c(f"[[maybe_unused]] const Zel::ZelType& {n}Registered_ = {n}::zelType();\n")
+
+
 # ---------------------------------------------------------------- driver
 
 HEADER_INCLUDES = [
     "<cstdint>", "<iosfwd>",
     '"platform/zel/Collections.h"', '"platform/zel/Entity.h"', '"platform/zel/Hash.h"',
-    '"platform/zel/NboAttrLog.h"', '"platform/zel/StringForm.h"', '"platform/zel/Type.h"',
+    '"platform/zel/Key.h"', '"platform/zel/NboAttrLog.h"', '"platform/zel/OrderedQueue.h"',
+    '"platform/zel/Reference.h"', '"platform/zel/StringForm.h"', '"platform/zel/Time.h"',
+    '"platform/zel/Type.h"',
 ]
 USING = ("using Zel::valueToStrep;\nusing Zel::sequenceToValue;\n"
          "using Zel::attrLogWrite;\nusing Zel::attrLogRead;\n")
 
 
+def generated_header(path):
+    return path[:-len(".types")] + ".gen.h"
+
+
+def includes(unit, used):
+    """The generated headers of the imported descriptions that declare generated
+    types, and the headers of the hand-written types the unit names."""
+    out = []
+    for path in unit.imports:
+        if any(d.path == path and d.kind != "extern" for d in unit.decls):
+            out.append(generated_header(path))
+    for d in used:
+        if d.kind == "extern" and d.header not in out:
+            out.append(d.header)
+    return out + [i for i in unit.includes if i not in out]
+
+
+def validate(unit):
+    """Checks what only the whole unit can tell; gives the declarations it names."""
+    used = typedesc.check(unit)
+    for d in unit.own():
+        if d.kind == "enum" and d.outer:
+            outer = unit.find(d.outer)
+            if outer is not None and outer.kind == "entity" and outer.imported:
+                raise DescError(d.path, d.line, f"{d.name}: declare it in the description of {d.outer}")
+        if d.kind != "entity":
+            continue
+        x = Ctx(unit, d, entity_chain(d, unit))
+        for m in d.members:
+            if hasattr(KINDS[m.kind], "check"):
+                if m.kind == "queue":
+                    KINDS[m.kind].check(m, x, d.path)
+                else:
+                    KINDS[m.kind].check(m, x, unit.find(m.type), d.path)
+    return used
+
+
 def generate(unit, rel_stem):
+    used = validate(unit)
     h, c = Out(), Out()
     h(f"// Generated from {rel_stem}.types by codegen/ldpgen.py. Do not edit.")
     h("#pragma once\n")
     for inc in HEADER_INCLUDES:
         h(f"#include {inc}")
-    for inc in unit.includes:
+    for inc in includes(unit, used):
         h(f'#include "{inc}"')
     h()
     traits = []
     namespaces = []
     for d in unit.own():
-        if d.namespace not in namespaces:
+        if d.kind != "extern" and d.namespace not in namespaces:
             namespaces.append(d.namespace)
+    entity_names = {d.name for d in unit.own() if d.kind == "entity"}
     for ns in namespaces:
-        decls = [d for d in unit.own() if d.namespace == ns]
+        decls = [d for d in unit.own() if d.namespace == ns and d.kind != "extern"]
         h(f"namespace {ns} {{\n\n{USING}")
         # Forward declarations let entity types name each other in any order.
         for d in decls:
-            if d.kind == "entity":
+            if d.kind in ("entity", "object"):
                 h(f"class {d.name};")
         h()
         for d in decls:
-            if d.kind == "enum":
+            if d.kind == "enum" and d.outer not in entity_names:
                 t, fn_q = emit_enum_header(d, h)
                 traits.append((d, t, fn_q))
         for d in decls:
             if d.kind == "value":
                 emit_value_header(d, unit, h)
         for d in decls:
+            if d.kind == "object":
+                emit_object_header(d, unit, h)
+        for d in decls:
             if d.kind == "entity":
                 emit_entity_header(d, unit, h)
+                for e in nested_enums(d, unit):
+                    t, fn_q = emit_enum_header(e, h, outer_is_entity=True)
+                    traits.append((e, t, fn_q))
         h(f"}}  // namespace {ns}\n")
     for d, t, fn_q in traits:
         emit_enum_traits(d, t, fn_q, h)
@@ -597,30 +527,38 @@ def generate(unit, rel_stem):
     c(f'#include "{rel_stem}.gen.h"\n')
     c("#include <memory>\n#include <new>\n#include <ostream>\n#include <string>\n")
     c('#include "platform/zel/GenericIf.h"\n')
+    emit = {"enum": lambda d: emit_enum_source(d, c),
+            "value": lambda d: emit_value_source(d, unit, c),
+            "entity": lambda d: emit_entity_source(d, unit, c),
+            "object": lambda d: emit_object_source(d, unit, c)}
     for ns in namespaces:
         c(f"namespace {ns} {{\n")
         for d in unit.own():
-            if d.namespace != ns:
-                continue
-            {"enum": lambda: emit_enum_source(d, c),
-             "value": lambda: emit_value_source(d, unit, c),
-             "entity": lambda: emit_entity_source(d, unit, c)}[d.kind]()
+            if d.namespace == ns and d.kind != "extern":
+                emit[d.kind](d)
         c(f"}}  // namespace {ns}")
     return h.text(), c.text()
 
 
+PLATFORM = "platform/Platform.types"
+
+
 def load(source_root, rel):
-    loaded = set()
+    """Reads a description with everything it imports (and the platform's
+    declarations, when the source root has them), numbered."""
+    unit = typedesc.Unit(rel)
 
     def loader(path, unit):
-        if path in loaded:
+        if path in unit.imports or path == rel:
             return
-        loaded.add(path)
+        unit.imports.append(path)
         with open(os.path.join(source_root, path)) as f:
             typedesc.parse(f.read(), path, unit, imported=True, loader=loader)
 
+    if rel != PLATFORM and os.path.exists(os.path.join(source_root, PLATFORM)):
+        loader(PLATFORM, unit)
     with open(os.path.join(source_root, rel)) as f:
-        unit = typedesc.parse(f.read(), rel, loader=loader)
+        typedesc.parse(f.read(), rel, unit, loader=loader)
     return typedesc.number(unit)
 
 
@@ -639,17 +577,23 @@ def main(argv=None):
     ap = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     ap.add_argument("--source-root", required=True)
     ap.add_argument("--out-root", required=True)
+    ap.add_argument("--depfile", help="write the imported descriptions here, as make rules")
     ap.add_argument("description")
     args = ap.parse_args(argv)
+    stem = args.description[:-len(".types")] if args.description.endswith(".types") else args.description
     try:
         unit = load(args.source_root, args.description)
-    except (typedesc.DescError, OSError) as e:
+        header, source = generate(unit, stem)
+    except (DescError, OSError) as e:
         print(f"ldpgen: {e}", file=sys.stderr)
         return 1
-    stem = args.description[:-len(".types")] if args.description.endswith(".types") else args.description
-    header, source = generate(unit, stem)
-    write_if_changed(os.path.join(args.out_root, stem + ".gen.h"), header)
-    write_if_changed(os.path.join(args.out_root, stem + ".gen.cpp"), source)
+    out_h = os.path.join(args.out_root, stem + ".gen.h")
+    out_cpp = os.path.join(args.out_root, stem + ".gen.cpp")
+    write_if_changed(out_h, header)
+    write_if_changed(out_cpp, source)
+    if args.depfile:
+        deps = " ".join(os.path.abspath(os.path.join(args.source_root, p)) for p in unit.imports)
+        write_if_changed(args.depfile, f"{os.path.abspath(out_h)} {os.path.abspath(out_cpp)}: {deps}\n")
     return 0
 
 

@@ -4,38 +4,46 @@ A description is line based; '#' starts a comment; indentation marks the members
 of a declaration. Top-level lines:
 
     include "platform/l3/VrfName.h"     header the generated header includes
-    import "core/LdpEnums.types"        read another description for its types only
+    import "core/LdpEnums.types"        the types another description declares; its
+                                        generated header is included, and editing it
+                                        regenerates this one
     namespace Ldp                       namespace of the declarations that follow
-    enum NAME [in OUTER] [nofree]       enumeration (OUTER: enclosing class, qualified
-                                        name "Ldp::OUTER::NAME"); nofree: descriptor only
+    extern KIND NAME header "path.h"    a hand-written type (KIND value, enum, entity
+                                        or object), so that descriptions may name it;
+                                        a unit that names it includes the header
+    enum NAME [in OUTER] [nofree]       enumeration; OUTER: the enclosing class (an
+                                        entity of the same unit, or else a struct of
+                                        that name), qualified name "Ldp::OUTER::NAME";
+                                        nofree: descriptor only
     value NAME                          value type
     entity NAME [: BASE]                entity type
+    object NAME                         reference-counted type with plain attributes
+                                        numbered from 130, no reactors
 
-Members (indented):
+platform/Platform.types, when the source root has it, is imported by every unit.
 
-    enum:     ENUMERATOR = NUMBER
-    value:    field NAME : TYPE [= DEFAULT]
-              const NAME : TYPE = EXPR
-              bit NAME : FIELD CONSTANT       bool view of bit CONSTANT of FIELD
-              option order                    operator< over the fields in order
-              option hash                     hash() is hand-written
-              option strep                    valueToStrep() is the hand-written stringValue()
-              option parse                    sequenceToValue() is hand-written
-              method C++-DECLARATION          hand-written member
-    entity:   key NAME : TYPE                 (a key "name : Zel::Name" makes a named entity)
-              attr NAME : TYPE [= DEFAULT]    mutable attribute
-              map NAME : VALUE [KEY]          collection of values
-              set NAME : KEY                  collection of keys
-              children NAME : CHILD [KEY]     collection of child entities
-              child NAME : CHILD              instantiating pointer, created by name
-              const NAME : TYPE = EXPR        constant
-              function NAME                   hand-written action, invocable by reflection
-              method C++-DECLARATION          hand-written member
-              option ctor                     the constructor calls hand-written constructed()
+Members of an enum: ENUMERATOR = NUMBER. Members of a value type:
 
-Attribute ids follow declaration order: entity attributes from 258 (+128 per level of
-derivation), value fields, constants and bit views from 2. Within an entity and its bases
-every member name is distinct, and only an entity without a base may declare keys.
+    field NAME : TYPE [= DEFAULT]
+    const NAME : TYPE = EXPR
+    bit NAME : FIELD CONSTANT       bool view of bit CONSTANT of FIELD
+    option order                    operator< over the fields in order
+    option hash                     hash() is hand-written
+    option strep                    valueToStrep() is the hand-written stringValue()
+    option parse                    sequenceToValue() is hand-written
+    method C++-DECLARATION          hand-written member
+
+Members of an entity or object type are the kinds of codegen/members.py, each
+documented on its class there: key, init, attr, derived, ref, const, function,
+op, method, map, counter, set, children, refs, queue, child (the last six in
+entities only); and `option ctor`: the constructor calls hand-written
+constructed(). Entity types without a key anywhere in their bases are created by
+name.
+
+Attribute ids follow declaration order: entity attributes from 258 (+128 per level
+of derivation), object attributes from 130, value fields, constants and bit views
+from 2. Within an entity and its bases every member name is distinct. Every type a
+member names must be a scalar, a runtime string, or declared here or in an import.
 Errors name the description and the line ("path:line: message").
 """
 
@@ -43,28 +51,31 @@ import re
 from dataclasses import dataclass, field
 from typing import List, Optional
 
-
-class DescError(Exception):
-    def __init__(self, path, line, msg):
-        super().__init__(f"{path}:{line}: {msg}")
+from cxx import BUILTIN, IDENT, SCALARS, TYPE, DescError  # noqa: F401 (DescError is public here)
+from members import KINDS
 
 
 @dataclass
 class Member:
-    kind: str  # enumerator field const bit key attr map set children child function method
-    name: str
+    kind: str  # enumerator, field, bit, or a keyword of members.KINDS
+    name: str = ""
     type: str = ""
     default: Optional[str] = None
-    key_type: str = ""
+    key_types: List[str] = field(default_factory=list)
     value: int = 0  # enumerator value
     id: int = 0
-    extra: str = ""  # bit: "FIELD CONSTANT"; method: the declaration
+    extra: str = ""  # kind-specific: bit "FIELD CONSTANT", method the declaration, ...
+    params: list = field(default_factory=list)  # operations: [(type, name)]
     line: int = 0  # where it is declared, for errors
+
+    @property
+    def key_type(self):
+        return ", ".join(self.key_types)
 
 
 @dataclass
 class Decl:
-    kind: str  # enum value entity
+    kind: str  # enum value entity object extern
     name: str
     namespace: str
     base: Optional[str] = None
@@ -75,9 +86,13 @@ class Decl:
     depth: int = 0
     path: str = ""  # the description that declares it, and the line, for errors
     line: int = 0
+    header: str = ""  # extern: the header that declares it
+    extern_kind: str = ""  # extern: value, enum, entity or object
 
     @property
     def qualified(self):
+        if self.kind == "extern":
+            return self.name
         parts = [self.namespace] + ([self.outer] if self.outer else []) + [self.name]
         return "::".join(p for p in parts if p)
 
@@ -90,6 +105,7 @@ class Unit:
     path: str
     includes: List[str] = field(default_factory=list)
     decls: List[Decl] = field(default_factory=list)
+    imports: List[str] = field(default_factory=list)  # every description loaded, in order
 
     def own(self):
         return [d for d in self.decls if not d.imported]
@@ -101,10 +117,8 @@ class Unit:
         return None
 
 
-IDENT = r"[A-Za-z_][A-Za-z0-9_]*"
-TYPE = r"[A-Za-z_][A-Za-z0-9_:<>, ]*?"
 RE_TYPED = re.compile(rf"^({IDENT})\s*:\s*({TYPE})\s*(?:=\s*(.+))?$")
-RE_KEYED = re.compile(rf"^({IDENT})\s*:\s*({TYPE})\s*\[\s*({TYPE})\s*\]$")
+RE_EXTERN = re.compile(rf'^extern\s+(value|enum|entity|object)\s+([A-Za-z_][A-Za-z0-9_:]*)\s+header\s+"([^"]+)"$')
 
 
 def _number(text, path, lineno):
@@ -119,7 +133,8 @@ def parse(text, path="<text>", unit=None, imported=False, loader=None):
     namespace = ""
     current = None
     for lineno, raw in enumerate(text.splitlines(), 1):
-        line = raw.split("#", 1)[0].rstrip() if not raw.lstrip().startswith("method") else raw.rstrip()
+        method = raw.lstrip().startswith(("method", "op "))
+        line = raw.rstrip() if method else raw.split("#", 1)[0].rstrip()
         if not line.strip():
             continue
         indented = line[0] in " \t"
@@ -136,7 +151,13 @@ def parse(text, path="<text>", unit=None, imported=False, loader=None):
                 loader(line.split(None, 1)[1].strip().strip('"'), unit)
             elif head == "namespace":
                 namespace = words[1] if len(words) > 1 else ""
-            elif head in ("enum", "value", "entity"):
+            elif head == "extern":
+                m = RE_EXTERN.match(line)
+                if not m:
+                    raise DescError(path, lineno, 'expected extern KIND NAME header "path"')
+                _declare(unit, Decl("extern", m.group(2), "", imported=imported, path=path, line=lineno,
+                                    header=m.group(3), extern_kind=m.group(1)), path, lineno)
+            elif head in ("enum", "value", "entity", "object"):
                 if len(words) < 2:
                     raise DescError(path, lineno, f"{head} needs a name")
                 current = Decl(head, words[1], namespace, imported=imported, path=path, line=lineno)
@@ -151,19 +172,24 @@ def parse(text, path="<text>", unit=None, imported=False, loader=None):
                         current.base = rest.pop(0)
                     else:
                         raise DescError(path, lineno, f"unexpected '{w}'")
-                if unit.find(current.name) and not imported:
-                    raise DescError(path, lineno, f"{current.name} declared twice")
-                unit.decls.append(current)
+                _declare(unit, current, path, lineno)
             else:
                 raise DescError(path, lineno, f"unknown declaration '{head}'")
             continue
         if current is None:
             raise DescError(path, lineno, "member outside a declaration")
-        before = len(current.members)
         _member(current, line.strip(), path, lineno)
-        for m in current.members[before:]:
-            m.line = lineno
     return unit
+
+
+def _declare(unit, decl, path, lineno):
+    old = unit.find(decl.qualified) or unit.find(decl.name)
+    if old is not None and old.qualified == decl.qualified:
+        if old.path == decl.path and old.line == decl.line:
+            return  # the same description reached through two imports
+        if not decl.imported or not old.imported:
+            raise DescError(path, lineno, f"{decl.name} declared twice")
+    unit.decls.append(decl)
 
 
 def _member(decl, line, path, lineno):
@@ -173,45 +199,45 @@ def _member(decl, line, path, lineno):
         m = re.match(rf"^({IDENT})\s*=\s*(\S+)$", line)
         if not m:
             raise DescError(path, lineno, "expected ENUMERATOR = NUMBER")
-        decl.members.append(Member("enumerator", m.group(1), value=_number(m.group(2), path, lineno)))
+        decl.members.append(Member("enumerator", m.group(1), value=_number(m.group(2), path, lineno),
+                                   line=lineno))
         return
     if kind == "option":
         decl.options.append(rest)
         return
+    if decl.kind == "value":
+        _value_member(decl, kind, rest, path, lineno)
+        return
+    k = KINDS.get(kind)
+    if k is None or (k.entity_only and decl.kind != "entity"):
+        raise DescError(path, lineno, f"'{kind}' is not a member of a{'n' if decl.kind[0] in 'aeo' else ''} "
+                                      f"{decl.kind}")
+    m = Member(kind, line=lineno)
+    k.parse(m, rest, path, lineno)
+    decl.members.append(m)
+
+
+def _value_member(decl, kind, rest, path, lineno):
     if kind == "method":
-        decl.members.append(Member("method", "", extra=rest))
+        decl.members.append(Member("method", extra=rest, line=lineno))
         return
-    if kind == "function" and decl.kind == "entity":
-        if not re.match(rf"^{IDENT}$", rest):
-            raise DescError(path, lineno, "expected function NAME")
-        decl.members.append(Member("function", rest))
-        return
-    if kind == "bit" and decl.kind == "value":
+    if kind == "bit":
         m = re.match(rf"^({IDENT})\s*:\s*({IDENT})\s+({IDENT})$", rest)
         if not m:
             raise DescError(path, lineno, "expected bit NAME : FIELD CONSTANT")
-        decl.members.append(Member("bit", m.group(1), type="bool", extra=f"{m.group(2)} {m.group(3)}"))
+        decl.members.append(Member("bit", m.group(1), type="bool", extra=f"{m.group(2)} {m.group(3)}",
+                                   line=lineno))
         return
-    allowed = {"value": ("field", "const"),
-               "entity": ("key", "attr", "map", "set", "children", "child", "const")}[decl.kind]
-    if kind not in allowed:
-        raise DescError(path, lineno, f"'{kind}' is not a member of a {decl.kind}")
-    if kind in ("map", "children"):
-        m = RE_KEYED.match(rest)
-        if not m:
-            raise DescError(path, lineno, f"expected {kind} NAME : TYPE [KEY]")
-        decl.members.append(Member(kind, m.group(1), type=m.group(2).strip(), key_type=m.group(3).strip()))
-        return
+    if kind not in ("field", "const"):
+        raise DescError(path, lineno, f"'{kind}' is not a member of a value")
     m = RE_TYPED.match(rest)
     if not m:
         raise DescError(path, lineno, f"expected {kind} NAME : TYPE")
     name, typ, default = m.group(1), m.group(2).strip(), m.group(3)
     if kind == "const" and default is None:
         raise DescError(path, lineno, "a constant needs a value")
-    if kind == "set":
-        decl.members.append(Member("set", name, type="bool", key_type=typ))
-    else:
-        decl.members.append(Member(kind, name, type=typ, default=default.strip() if default else None))
+    decl.members.append(Member(kind, name, type=typ, default=default.strip() if default else None,
+                               line=lineno))
 
 
 def number(unit):
@@ -221,6 +247,8 @@ def number(unit):
     name would make the derived reactor's handler override the base's.
     """
     for d in unit.decls:
+        if d.kind in ("enum", "extern"):
+            continue
         where = d.path or unit.path
         seen = set()
         if d.kind == "entity":
@@ -236,17 +264,57 @@ def number(unit):
             d.depth = depth
             next_id = 258 + 128 * depth
             seen = {m.name for base in bases for m in base.members if m.kind != "method"}
+            if d.of("key") and bases and not any(base.of("key") for base in bases):
+                raise DescError(where, d.of("key")[0].line,
+                                f"{d.name}: a named base entity cannot gain keys")
         else:
-            next_id = 2
+            next_id = 130 if d.kind == "object" else 2
         for m in d.members:
             if m.kind == "method":
                 continue
-            if m.kind == "key" and d.depth:
-                raise DescError(where, m.line, f"{d.name}: only a base entity has keys")
             if m.name in seen:
                 raise DescError(where, m.line, f"{d.name}: {m.name} declared twice")
             seen.add(m.name)
-            if m.kind != "enumerator":
-                m.id = next_id
-                next_id += 1
+            m.id = next_id
+            next_id += 1
     return unit
+
+
+def _known(unit, t):
+    """The declaration of type t, True for scalars and runtime types, None if unknown."""
+    t = t.strip()
+    if t in SCALARS or t in BUILTIN:
+        return True
+    inner = re.match(r"^Zel::Ptr<\s*(?:const\s+)?(.+?)\s*>$", t)
+    if inner:
+        return _known(unit, inner.group(1))
+    return unit.find(t)
+
+
+def check(unit):
+    """Every type that the unit's own declarations name must be known, and of the
+    right kind where the member needs one; returns the declarations they name."""
+    used = []
+    for d in unit.own():
+        where = d.path or unit.path
+        if d.kind == "value":
+            named = [(m.type, None, m.line) for m in d.of("field", "const")]
+        elif d.kind in ("entity", "object"):
+            named = [(t, kinds, m.line) for m in d.members if m.kind in KINDS
+                     for t, kinds in KINDS[m.kind].types(m)]
+        else:
+            continue
+        for t, kinds, line in named:
+            found = _known(unit, t)
+            if found is None:
+                raise DescError(where, line, f"unknown type {t}: declare it or import its description")
+            if found is True:
+                continue
+            used.append(found)
+            kind = found.extern_kind if found.kind == "extern" else found.kind
+            if kinds and kind not in kinds and not (found.kind == "extern" and "extern" in kinds):
+                raise DescError(where, line, f"{t} is a{'n' if kind[0] in 'aeo' else ''} {kind}, "
+                                             f"not a{'n' if kinds[0][0] in 'aeo' else ''} {kinds[0]}")
+        if d.kind == "entity" and d.base:
+            used.append(unit.find(d.base))
+    return used

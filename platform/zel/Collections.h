@@ -4,7 +4,8 @@
 // the natural key, so no lookup scans.
 //   ValueColl<K, V>   a map of plain values (x(key) gives a default when absent)
 //   ValueSet<K>       a set of keys
-//   EntityColl<K, C>  a map of owned child entities
+//   EntityColl<K, C>  a map of entity references: owned children, or (with the
+//                     parent link left alone) references the map does not own
 
 #include <vector>
 
@@ -77,6 +78,14 @@ class EntityColl {
     return c ? *c : Ptr<C>();
   }
   void add(const K& k, const Ptr<C>& c) { map_.insert(k, c); }
+  // Inserts or replaces; true when the entry is new or now refers to another object.
+  bool set(const K& k, const Ptr<C>& c) {
+    auto [slot, inserted] = map_.insert(k, c);
+    if (inserted) return true;
+    if (*slot == c) return false;
+    *slot = c;
+    return true;
+  }
   // Removes the entry and hands back the collection's reference to the child.
   Ptr<C> del(const K& k) {
     Ptr<C>* c = map_.find(k);

@@ -2,6 +2,13 @@
 
 namespace Zel {
 
+void Entity::nameIsFromBackup(const Name& backupName) {
+  const Name own = name();
+  if (backupName == own) return;
+  throwRangeException(String(fwkType()->name()) + ": backup name '" + backupName.view() +
+                      "' does not match key '" + own.view() + "'");
+}
+
 String Entity::parentAttrName() const {
   if (!parent_) return String();
   const AttrDesc* a = parent_->fwkType()->attr(parentAttr_);

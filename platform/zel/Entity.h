@@ -18,6 +18,10 @@ class Entity : public PtrInterface {
   virtual const ZelType* fwkType() const = 0;
   // The entity's name: its key's string form for keyed types.
   virtual Name name() const = 0;
+  // Restores the name of an entity rebuilt from a state backup. A named entity takes
+  // it; a keyed entity's name is its key's form, and keys never change, so a backup
+  // naming a keyed entity otherwise is refused with a RangeException.
+  virtual void nameIsFromBackup(const Name& name);
   virtual NotifieeListType& notifieeList() const { return notifiees_; }
 
   // Reflection links, maintained by the collection or pointer that owns the entity.

@@ -21,4 +21,12 @@ class RangeException : public std::exception {
 
 [[noreturn]] void throwRangeException(const String& message);
 
+// An existing child asked for again with other construction arguments:
+// "<type> '<name>' cannot be re-instantiated with a different '<attr>'".
+[[noreturn]] void throwReinstantiation(const char* type, const String& name, const char* attr);
+
+// A null handed to a mutator that needs an object:
+// "Null <param> not allowed for <type>::<attr>".
+[[noreturn]] void throwNullRefused(const char* param, const char* type, const char* attr);
+
 }  // namespace Zel

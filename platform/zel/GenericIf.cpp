@@ -60,6 +60,12 @@ void GenericIf::invoke(AttributeId id) {
   a.invoke(*e_);
 }
 
+String GenericIf::call(AttributeId id, const std::vector<String>& args) {
+  const AttrDesc& a = attrOf(id);
+  if (!a.call) refuse(type(), a, "called");
+  return a.call(*e_, args);
+}
+
 String GenericIf::stringValue() const {
   return String(type()->name()) + "(" + e_->fullName().view() + ")";
 }

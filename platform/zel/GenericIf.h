@@ -34,6 +34,9 @@ class GenericIf {
   std::vector<String> collectionKeys(AttributeId id) const;
   String collectionValue(AttributeId id, const String& keyStrep) const;
   void invoke(AttributeId id);
+  // Calls an operation with its arguments' string forms; gives the result's string
+  // form ("" for an operation without a result).
+  String call(AttributeId id, const std::vector<String>& args);
 
   // The entity's hash and string form: those of its full name.
   uint32_t hash() const { return e_->fullName().hash(); }

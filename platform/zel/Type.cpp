@@ -34,6 +34,38 @@ ZelType::~ZelType() {
   std::erase(r.inOrder, this);
 }
 
+const char* attrKindName(AttrKind kind) {
+  switch (kind) {
+    case AttrKind::key:
+      return "key";
+    case AttrKind::mutableAttr:
+      return "mutable";
+    case AttrKind::derived:
+      return "derived";
+    case AttrKind::reference:
+      return "reference";
+    case AttrKind::valueCollection:
+      return "valueCollection";
+    case AttrKind::entityCollection:
+      return "entityCollection";
+    case AttrKind::referenceCollection:
+      return "referenceCollection";
+    case AttrKind::queue:
+      return "queue";
+    case AttrKind::instantiating:
+      return "instantiating";
+    case AttrKind::constant:
+      return "constant";
+    case AttrKind::function:
+      return "function";
+    case AttrKind::operation:
+      return "operation";
+    case AttrKind::reflection:
+      return "reflection";
+  }
+  return "unknown";
+}
+
 const AttrDesc* ZelType::attr(AttributeId id) const {
   for (const ZelType* t = this; t; t = t->base_) {
     for (const AttrDesc& a : t->attrs_) {

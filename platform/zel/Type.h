@@ -23,16 +23,26 @@ constexpr AttributeId fullName = 141;
 constexpr AttributeId entity = 143;
 }  // namespace ReflectionAttr
 
+// What an attribute is. Whether reflection may read or write it is told by its
+// accessors (AttrDesc::read, write, ...), not by its kind.
 enum class AttrKind : uint8_t {
-  key,
-  mutableAttr,
-  valueCollection,
-  entityCollection,
-  instantiating,
+  key,                  // fixed at construction
+  mutableAttr,          // a value with a setter
+  derived,              // computed from other state, or an access point (write-only, take-on-read)
+  reference,            // a Ptr to an entity the attribute does not own
+  valueCollection,      // keyed values (sets map to bool)
+  entityCollection,     // keyed child entities the collection owns
+  referenceCollection,  // keyed references to entities the collection does not own
+  queue,                // a bounded ordered queue keyed by a growing sequence index
+  instantiating,        // one owned child entity
   constant,
-  function,
+  function,   // an action without parameters
+  operation,  // an action with parameters or a result
   reflection,
 };
+
+// The name of an attribute kind as tools print it ("mutable", "entityCollection"...).
+const char* attrKindName(AttrKind kind);
 
 struct AttrDesc {
   const char* name;
@@ -45,6 +55,14 @@ struct AttrDesc {
   std::vector<String> (*keys)(const Entity&) = nullptr;    // collections: key forms, map order
   String (*readAt)(const Entity&, const String& key) = nullptr;  // collections: value at a key form
   void (*invoke)(Entity&) = nullptr;                             // functions
+  // Collections: the key type; operations: the parameter list ("Mpls::FwdEqvClass fec").
+  const char* keyTypeName = nullptr;
+  // The string form of the declared default (mutable attributes, value fields, and the
+  // values of constants), or nullptr where the kind has none.
+  String (*defaultValue)() = nullptr;
+  // Operations: parse each parameter from its string form, call, and give the result's
+  // string form (empty for an operation without a result).
+  String (*call)(Entity&, const std::vector<String>& args) = nullptr;
 };
 
 // Type-erased operations of a value type, for GenericIfValue.
