@@ -6,7 +6,12 @@
 //   ValueSet<K>       a set of keys
 //   EntityColl<K, C>  a map of entity references: owned children, or (with the
 //                     parent link left alone) references the map does not own
+//
+// Most collections of most entities stay empty, so each holds its map through one
+// pointer that is null until the first insertion: an empty collection costs one
+// pointer. The map, once made, stays until the collection is destroyed.
 
+#include <memory>
 #include <vector>
 
 #include "platform/zel/HashMap2018.h"
@@ -24,63 +29,80 @@ auto keysOf(const Map& map) {
   return ks;
 }
 
-template <class K, class V>
-class ValueColl {
+// A map made on first use; reads of a collection that was never written see one
+// shared empty map.
+template <class M>
+class LazyMap {
  public:
-  using Map = HashMap2018<K, V>;
+  using Map = M;
 
-  const V* find(const K& k) const { return map_.find(k); }
+  const Map& map() const { return map_ ? *map_ : none(); }
+  size_t size() const { return map_ ? map_->size() : 0; }
+  bool empty() const { return size() == 0; }
+  auto keys() const { return keysOf(map()); }
+
+ protected:
+  Map& made() {
+    if (!map_) map_ = std::make_unique<Map>();
+    return *map_;
+  }
+  Map* existing() { return map_.get(); }
+
+ private:
+  static const Map& none() {
+    static const Map e;
+    return e;
+  }
+  std::unique_ptr<Map> map_;
+};
+
+template <class K, class V>
+class ValueColl : public LazyMap<HashMap2018<K, V>> {
+ public:
+  const V* find(const K& k) const { return this->map().find(k); }
   V at(const K& k, const V& absent) const {
-    const V* v = map_.find(k);
+    const V* v = find(k);
     return v ? *v : absent;
   }
   // Inserts or overwrites; true when the entry is new or its value changed.
   bool set(const K& k, const V& v) {
-    auto [slot, inserted] = map_.insert(k, v);
+    auto [slot, inserted] = this->made().insert(k, v);
     if (inserted) return true;
     if (*slot == v) return false;
     *slot = v;
     return true;
   }
-  bool del(const K& k) { return map_.erase(k); }
-  size_t size() const { return map_.size(); }
-  std::vector<K> keys() const { return keysOf(map_); }
-  const Map& map() const { return map_; }
-
- private:
-  Map map_;
+  bool del(const K& k) {
+    auto* m = this->existing();
+    return m && m->erase(k);
+  }
 };
 
+// The value of a set's entries.
+struct SetMember {};
+
 template <class K>
-class ValueSet {
+class ValueSet : public LazyMap<HashMap2018<K, SetMember>> {
  public:
-  struct None {};
-  using Map = HashMap2018<K, None>;
-
-  bool has(const K& k) const { return map_.find(k) != nullptr; }
-  bool add(const K& k) { return map_.insert(k, None{}).second; }
-  bool del(const K& k) { return map_.erase(k); }
-  size_t size() const { return map_.size(); }
-  std::vector<K> keys() const { return keysOf(map_); }
-  const Map& map() const { return map_; }
-
- private:
-  Map map_;
+  bool has(const K& k) const { return this->map().find(k) != nullptr; }
+  bool add(const K& k) { return this->made().insert(k, SetMember{}).second; }
+  bool del(const K& k) {
+    auto* m = this->existing();
+    return m && m->erase(k);
+  }
 };
 
 template <class K, class C>
-class EntityColl {
+class EntityColl : public LazyMap<HashMap2018<K, Ptr<C>>> {
  public:
-  using Map = HashMap2018<K, Ptr<C>>;
-
   Ptr<C> find(const K& k) const {
-    const Ptr<C>* c = map_.find(k);
+    const Ptr<C>* c = this->map().find(k);
     return c ? *c : Ptr<C>();
   }
-  void add(const K& k, const Ptr<C>& c) { map_.insert(k, c); }
+  void add(const K& k, const Ptr<C>& c) { this->made().insert(k, c); }
   // Inserts or replaces; true when the entry is new or now refers to another object.
   bool set(const K& k, const Ptr<C>& c) {
-    auto [slot, inserted] = map_.insert(k, c);
+    auto [slot, inserted] = this->made().insert(k, c);
     if (inserted) return true;
     if (*slot == c) return false;
     *slot = c;
@@ -88,18 +110,13 @@ class EntityColl {
   }
   // Removes the entry and hands back the collection's reference to the child.
   Ptr<C> del(const K& k) {
-    Ptr<C>* c = map_.find(k);
+    auto* m = this->existing();
+    Ptr<C>* c = m ? m->find(k) : nullptr;
     if (!c) return Ptr<C>();
     Ptr<C> child = std::move(*c);
-    map_.erase(k);
+    m->erase(k);
     return child;
   }
-  size_t size() const { return map_.size(); }
-  std::vector<K> keys() const { return keysOf(map_); }
-  const Map& map() const { return map_; }
-
- private:
-  Map map_;
 };
 
 }  // namespace Zel

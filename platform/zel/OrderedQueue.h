@@ -10,33 +10,27 @@
 namespace Zel {
 
 template <class I, class V>
-class OrderedQueue {
+class OrderedQueue : public LazyMap<RbTreeMap<I, V>> {
  public:
-  using Map = RbTreeMap<I, V>;
-
-  const V* find(const I& i) const { return map_.find(i); }
+  const V* find(const I& i) const { return this->map().find(i); }
   // Inserts or overwrites; true when the entry is new or its value changed.
   bool set(const I& i, const V& v) {
-    auto [slot, inserted] = map_.insert(i, v);
+    auto [slot, inserted] = this->made().insert(i, v);
     if (inserted) return true;
     if (*slot == v) return false;
     *slot = v;
     return true;
   }
-  bool del(const I& i) { return map_.erase(i); }
-  size_t size() const { return map_.size(); }
-  bool empty() const { return map_.empty(); }
+  bool del(const I& i) {
+    auto* m = this->existing();
+    return m && m->erase(i);
+  }
   // The lowest and the highest index; only when not empty.
-  const I& headIndex() const { return map_.begin()->key; }
+  const I& headIndex() const { return this->map().begin()->key; }
   const I& tailIndex() const {
-    auto it = map_.end();
+    auto it = this->map().end();
     return (--it)->key;
   }
-  std::vector<I> keys() const { return keysOf(map_); }
-  const Map& map() const { return map_; }
-
- private:
-  Map map_;
 };
 
 }  // namespace Zel
