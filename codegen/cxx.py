@@ -1,5 +1,7 @@
 """What the reader and the emitters share: description errors, the spelling of
-types in C++, and the naming rules of generated members."""
+types in C++ and in the registry, and the naming rules of generated members."""
+
+import re
 
 IDENT = r"[A-Za-z_][A-Za-z0-9_]*"
 TYPE = r"[A-Za-z_][A-Za-z0-9_:<>, ]*?"
@@ -47,6 +49,20 @@ def param(t, unit):
 
 def ret(t, unit):
     return cpp(t) if is_scalar(t, unit) else f"const {cpp(t)}&"
+
+
+def registry_name(t, unit):
+    """The name of type t in the registry's descriptors: a type a description declares
+    with its namespace (and enclosing entity), "Ldp::LdpLabelDistCtrl"; scalars and
+    names already qualified as written. Keeps "const " and Zel::Ptr<...> around it."""
+    t = t.strip()
+    if t.startswith("const "):
+        return "const " + registry_name(t[6:], unit)
+    inner = re.match(r"^Zel::Ptr<\s*(.+?)\s*>$", t)
+    if inner:
+        return f"Zel::Ptr<{registry_name(inner.group(1), unit)}>"
+    d = unit.find(t) if t not in SCALARS and t not in BUILTIN else None
+    return d.qualified if d is not None else t
 
 
 def strep_of(t, expr):

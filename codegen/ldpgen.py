@@ -14,7 +14,7 @@ import sys
 
 import typedesc
 
-from cxx import (DescError, cpp, entity_chain, is_scalar, lower_first, param, upper_first)
+from cxx import (DescError, cpp, entity_chain, is_scalar, lower_first, param, registry_name, upper_first)
 from members import DESC_FIELDS, KINDS, Ctx, handler
 
 
@@ -207,11 +207,16 @@ def emit_value_source(d, unit, c):
       f"                                                 const {n}& v) {{\n"
       f"  attrLogWrite(*out, v);\n  return out;\n}}\n")
     # The descriptor.
+    # Defaults are read from a default-constructed value (a bit's from its field's).
     attrs = []
     for m in d.members:
-        if m.kind in ("field", "const", "bit"):
-            kind = {"field": "mutableAttr", "const": "constant", "bit": "mutableAttr"}[m.kind]
-            attrs.append(f'{{"{m.name}", {m.id}, Zel::AttrKind::{kind}, "{m.type}"}}')
+        if m.kind not in ("field", "const", "bit"):
+            continue
+        kind = "constant" if m.kind == "const" else "mutableAttr"
+        default = f"{n}::{m.name}()" if m.kind == "const" else f"{n}().{m.name}()"
+        attrs.append(f'\n      {{.name = "{m.name}", .id = {m.id}, .kind = Zel::AttrKind::{kind}, '
+                     f'.typeName = "{registry_name(m.type, unit)}",\n'
+                     f'       .defaultValue = [] {{ return valueToStrep({default}); }}}}')
     c(f"const Zel::ZelType& {n}::zelType() {{")
     c(f"  static const Zel::ValueOps ops = {{\n"
       f"      sizeof({n}),\n"
@@ -223,7 +228,7 @@ def emit_value_source(d, unit, c):
       f"      [](const void* p) {{ return valueToStrep(*static_cast<const {n}*>(p)); }},\n"
       f"      [](Zel::StrIt& it, const Zel::StrIt& end, void* out) {{ sequenceToValue(it, end, static_cast<{n}*>(out)); }}}};")
     c(f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::value, nullptr,\n"
-      f"                                 {{{', '.join(attrs)}}}, &ops);\n  return type;\n}}\n")
+      f"                                 {{{','.join(attrs)}}}, &ops);\n  return type;\n}}\n")
     c(f"[[maybe_unused]] const Zel::ZelType& {n}Registered_ = {n}::zelType();\n")
 
 
@@ -258,12 +263,11 @@ def emit_entity_header(d, unit, h):
         h(enum_in_class(e))
     h("  static const Zel::ZelType& zelType();")
     h("  const Zel::ZelType* fwkType() const override { return &zelType(); }")
-    if not d.base:
-        if is_named(d, unit):
-            h("  Zel::Name name() const override { return name_; }")
-            h("  void nameIsFromBackup(const Zel::Name& name) override { name_ = name; }")
-        else:
-            h("  Zel::Name name() const override;")
+    if not d.base and is_named(d, unit):
+        h("  Zel::Name name() const override { return name_; }")
+        h("  void nameIsFromBackup(const Zel::Name& name) override { name_ = name; }")
+    elif d.of("key"):
+        h("  Zel::Name name() const override;")
     h()
     for m in d.members:
         h(KINDS[m.kind].public(m, x).rstrip("\n") or None)
@@ -314,6 +318,8 @@ def emit_entity_source(d, unit, c):
     else:
         init, own = "", args
     if own:
+        # In the order the members are declared (the name first), as C++ initialises them.
+        own = sorted(own, key=lambda k: next((i for i, m in enumerate(d.members) if m is k), -1))
         init += (", " if init else " : ") + ", ".join(f"{k.name}_({k.name})" for k in own)
     body = "".join(KINDS[m.kind].construct(m, x) for m in d.members)
     if "ctor" in d.options:
@@ -322,12 +328,13 @@ def emit_entity_source(d, unit, c):
     c(f"{n}::~{n}() {{\n" + "".join(KINDS[m.kind].destroy(m, x) for m in d.members) + "}\n")
     c(f"Zel::Ptr<{n}> {lower_first(n)}Factory({sig}) {{\n"
       f"  return Zel::allocate<{n}>({', '.join(k.name for k in args)});\n}}\n")
-    if not d.base and not is_named(d, unit):
-        keys = d.of("key")
+    if d.of("key"):
+        # Every level's keys: a level that adds keys names its entities by all of them.
+        keys = [k for e in x.chain for k in e.of("key")]
         if len(keys) == 1:
             c(f"Zel::Name {n}::name() const {{ return Zel::nameOfKey({keys[0].name}_); }}\n")
         else:
-            parts = ", ".join(f"{k.name}_" for k in keys)
+            parts = ", ".join(f"{k.name}()" for k in keys)
             c(f"Zel::Name {n}::name() const {{ return valueToStrep(Zel::Key(" + parts + ")); }\n")
     for m in d.members:
         text = KINDS[m.kind].define(m, x)
@@ -337,24 +344,30 @@ def emit_entity_source(d, unit, c):
     emit_reflection_reactor(d, unit, x, c)
 
 
-def attr_desc(m, x, kind):
-    fields = KINDS[m.kind].reflect(m, x)
-    t = m.type if m.kind not in ("function", "method") else ""
+def attr_desc(m, x, fields=DESC_FIELDS):
+    kind = KINDS[m.kind]
+    given = kind.reflect(m, x)
+    t = registry_name(m.type, x.unit) if m.kind != "function" else ""
     parts = [f'.name = "{m.name}"', f".id = {m.id}", f".kind = Zel::AttrKind::{kind.attr_kind}",
              f'.typeName = "{t}"']
-    parts += [f".{f} = {fields[f]}" for f in DESC_FIELDS if f in fields]
+    parts += [f".{f} = {given[f]}" for f in fields if f in given]
     return "      {" + ", ".join(parts) + "}"
 
 
 def emit_type_descriptor(d, x, c):
     n = d.name
-    attrs = [attr_desc(m, x, KINDS[m.kind]) for m in d.members if KINDS[m.kind].numbered]
     if d.kind == "object":
-        base, kind = "nullptr", "object"
+        # Reflection (Zel::GenericIf) works on entities: an object's descriptor lists its
+        # attributes with their ids, types and defaults, without accessors. The registry
+        # has no kind of its own for objects: they show as entity types without a base.
+        attrs = [attr_desc(m, x, ("keyTypeName", "defaultValue"))
+                 for m in d.members if KINDS[m.kind].numbered]
+        base = "nullptr"
     else:
-        base, kind = (f"&{d.base}::zelType()" if d.base else "&Zel::Entity::entityType()"), "entity"
+        attrs = [attr_desc(m, x) for m in d.members if KINDS[m.kind].numbered]
+        base = f"&{d.base}::zelType()" if d.base else "&Zel::Entity::entityType()"
     c(f"const Zel::ZelType& {n}::zelType() {{\n"
-      f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::{kind}, {base}, {{\n"
+      f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::entity, {base}, {{\n"
       + ",\n".join(attrs) + "});\n  return type;\n}\n")
 
 
@@ -411,21 +424,7 @@ def emit_object_source(d, unit, c):
         text = KINDS[m.kind].define(m, x)
         if text:
             c(text)
-    # Reflection reads entities; the registry lists an object's attributes with
-    # their ids, types and defaults, without accessors.
-    attrs = []
-    for m in d.members:
-        if not KINDS[m.kind].numbered:
-            continue
-        f = KINDS[m.kind].reflect(m, x)
-        t = m.type if m.kind not in ("function",) else ""
-        parts = [f'.name = "{m.name}"', f".id = {m.id}", f".kind = Zel::AttrKind::{KINDS[m.kind].attr_kind}",
-                 f'.typeName = "{t}"']
-        parts += [f".{k} = {f[k]}" for k in ("keyTypeName", "defaultValue") if k in f]
-        attrs.append("      {" + ", ".join(parts) + "}")
-    c(f"const Zel::ZelType& {n}::zelType() {{\n"
-      f"  static const Zel::ZelType type(\"{d.qualified}\", Zel::ZelType::Kind::object, nullptr, {{\n"
-      + ",\n".join(attrs) + "});\n  return type;\n}\n")
+    emit_type_descriptor(d, x, c)
     c(f"[[maybe_unused]] const Zel::ZelType& {n}Registered_ = {n}::zelType();\n")
 
 
@@ -469,14 +468,43 @@ def validate(unit):
                 raise DescError(d.path, d.line, f"{d.name}: declare it in the description of {d.outer}")
         if d.kind != "entity":
             continue
+        for e in unit.decls:
+            if e.kind == "enum" and e.imported and e.outer == d.name and e.namespace == d.namespace:
+                raise DescError(d.path, d.line, f"{d.name}: move enum {e.name} (in {d.name}, {e.path}) "
+                                                f"into this description")
         x = Ctx(unit, d, entity_chain(d, unit))
         for m in d.members:
-            if hasattr(KINDS[m.kind], "check"):
-                if m.kind == "queue":
-                    KINDS[m.kind].check(m, x, d.path)
-                else:
-                    KINDS[m.kind].check(m, x, unit.find(m.type), d.path)
+            KINDS[m.kind].check(m, x, d.path)
     return used
+
+
+def entity_order(entities, unit):
+    """The unit's entities, each after its base and after the entities whose nested
+    enumerations its members name (C++ needs those classes complete); otherwise in
+    declaration order."""
+    out = []
+
+    def needs(d):
+        for m in d.members:
+            for t, _ in KINDS[m.kind].types(m):
+                found = unit.find(t)
+                if found is not None and found.kind == "enum" and found.outer:
+                    yield found.outer
+        if d.base:
+            yield d.base
+
+    def visit(d, path):
+        if any(d is e for e in out) or any(d is e for e in path):
+            return
+        for name in needs(d):
+            dep = next((e for e in entities if e.name == name), None)
+            if dep is not None:
+                visit(dep, path + [d])
+        out.append(d)
+
+    for d in entities:
+        visit(d, [])
+    return out
 
 
 def generate(unit, rel_stem):
@@ -513,7 +541,7 @@ def generate(unit, rel_stem):
         for d in decls:
             if d.kind == "object":
                 emit_object_header(d, unit, h)
-        for d in decls:
+        for d in entity_order([d for d in decls if d.kind == "entity"], unit):
             if d.kind == "entity":
                 emit_entity_header(d, unit, h)
                 for e in nested_enums(d, unit):

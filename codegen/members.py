@@ -12,8 +12,8 @@ that knows the unit, the declaration and the class name.
 
 import re
 
-from cxx import (IDENT, TYPE, DescError, cpp, entity_chain, factory_of, is_counter, param, ret,
-                 strep_of, lower_first, upper_first)
+from cxx import (IDENT, TYPE, DescError, cpp, entity_chain, factory_of, is_counter, param, registry_name,
+                 ret, strep_of, lower_first, upper_first)
 
 RE_TYPED = re.compile(rf"^({IDENT})\s*:\s*({TYPE})\s*(?:=\s*(.+))?$")
 RE_KEYED = re.compile(rf"^({IDENT})\s*:\s*({TYPE})\s*\[\s*([^\]]+?)\s*\]\s*(.*)$")
@@ -30,11 +30,21 @@ class Ctx:
         self.visit = f"visitNotifiees<NotifieeConst, {decl.depth}>"
         self.self_ = f"static_cast<const {decl.name}&>(e)"
 
+    # Parameters and results are spelled as outside() does: reactors (the reflection
+    # reactor too) derive from a nested class, which does not see its outer class's names.
     def param(self, t):
-        return param(t, self.unit)
+        return self.outside(t) if param(t, self.unit) == cpp(t) else f"const {self.outside(t)}&"
 
     def ret(self, t):
-        return ret(t, self.unit)
+        return self.outside(t) if ret(t, self.unit) == cpp(t) else f"const {self.outside(t)}&"
+
+    def outside(self, t):
+        """t spelled for use outside the class body (a return type before "Class::", a
+        reactor's handler): an enumeration nested in a class takes the class's name."""
+        d = self.unit.find(t)
+        if d is not None and d.kind == "enum" and d.outer and "::" not in t:
+            return f"{d.outer}::{cpp(t)}"
+        return cpp(t)
 
     def notify(self, m, arg=""):
         """The statement that calls every reactor's handler of m."""
@@ -83,11 +93,11 @@ def key_types(text):
     return out
 
 
-def key_cpp(types):
-    """The C++ type of a collection key made of `types`."""
+def key_cpp(types, spell=cpp):
+    """The C++ type of a collection key made of `types`, each spelled by `spell`."""
     if len(types) == 1:
-        return cpp(types[0])
-    return f"Zel::Key<{', '.join(cpp(t) for t in types)}>"
+        return spell(types[0])
+    return f"Zel::Key<{', '.join(spell(t) for t in types)}>"
 
 
 def target(t):
@@ -106,6 +116,11 @@ def desc(**fields):
     return fields
 
 
+# The kinds of type (typedesc.kind_of) a member may name; refusals name the first.
+VALUE = ("value", "enum", "scalar")
+REFERENT = ("entity", "object")
+
+
 class Kind:
     keyword = ""
     attr_kind = ""
@@ -120,8 +135,12 @@ class Kind:
         m.default = mm.group(3).strip() if mm.group(3) else None
 
     def types(self, m):
-        """(type, required declaration kinds or None) pairs that must be known."""
-        return [(m.type, None)] if m.type else []
+        """(type, the kinds it may be) pairs; each type must be known."""
+        return [(m.type, VALUE)] if m.type else []
+
+    def check(self, m, x, path):
+        """What only the whole unit can tell (the types are known by then); a refusal
+        names path and the member's line."""
 
     def handler_param(self, m, x):
         """None: no reactor handler; "": onX(); otherwise onX(<param>)."""
@@ -151,7 +170,13 @@ class Kind:
 class KeyKind(Kind):
     """key NAME : TYPE -- fixed by the constructor; keys of every level, in order,
     make the entity's collection key and name."""
-    keyword, attr_kind = "key", "key"
+    keyword, attr_kind, entity_only = "key", "key", True
+
+    def parse(self, m, rest, path, lineno):
+        super().parse(m, rest, path, lineno)
+        if m.default is not None:
+            raise DescError(path, lineno, f"a{'n' if self.keyword == 'init' else ''} {self.keyword} "
+                                          "has no default: it is a construction argument")
 
     def public(self, m, x):
         return f"  {x.ret(m.type)} {m.name}() const {{ return {m.name}_; }}\n"
@@ -167,7 +192,7 @@ class InitKind(KeyKind):
     """init NAME : TYPE -- a construction argument after the keys, fixed like a key
     but not part of the collection key; asking a collection for an existing child
     with another value is refused naming this attribute."""
-    keyword = "init"
+    keyword, attr_kind = "init", "init"
 
 
 class MutableKind(Kind):
@@ -203,12 +228,18 @@ class MutableKind(Kind):
         t = cpp(m.type)
         return desc(
             read=f"[](const Zel::Entity& e) {{ return valueToStrep({x.self_}.{m.name}()); }}",
-            write=(f"[](Zel::Entity& e, Zel::StrIt& it, const Zel::StrIt& end) {{\n"
-                   f"         const {t} v = Zel::deserializeAttr<{t}>(it, end, \"{m.name}\");\n"
-                   f"         if (it != end) Zel::throwRangeException(\"Invalid value for attribute "
-                   f"'{m.name}': trailing text\");\n"
-                   f"         static_cast<{x.n}&>(e).{m.name}Is(v);\n       }}"),
+            write=writer(m, x),
             defaultValue=f"[] {{ return valueToStrep({t}{braced(m.default)}); }}")
+
+
+def writer(m, x):
+    """The reflection writer of m: parses the whole form and calls xIs()."""
+    t = cpp(m.type)
+    return (f"[](Zel::Entity& e, Zel::StrIt& it, const Zel::StrIt& end) {{\n"
+            f"         const {t} v = Zel::deserializeAttr<{t}>(it, end, \"{m.name}\");\n"
+            f"         if (it != end) Zel::throwRangeException(\"Invalid value for attribute "
+            f"'{m.name}': trailing text\");\n"
+            f"         static_cast<{x.n}&>(e).{m.name}Is(v);\n       }}")
 
 
 def braced(default):
@@ -228,6 +259,9 @@ class DerivedKind(Kind):
             raise DescError(path, lineno, "expected derived NAME : TYPE read|write|take")
         m.name, m.type, m.extra = mm.group(1), mm.group(2).strip(), mm.group(3)
 
+    def types(self, m):
+        return [(m.type, VALUE + ("pointer",))]
+
     def public(self, m, x):
         if m.extra == "read":
             return f"  {cpp(m.type)} {m.name}() const;\n"
@@ -239,10 +273,7 @@ class DerivedKind(Kind):
         if m.extra == "read":
             return desc(read=f"[](const Zel::Entity& e) {{ return {strep_of(m.type, f'{x.self_}.{m.name}()')}; }}")
         if m.extra == "write" and not m.type.startswith("Zel::Ptr<"):
-            t = cpp(m.type)
-            return desc(write=(f"[](Zel::Entity& e, Zel::StrIt& it, const Zel::StrIt& end) {{\n"
-                               f"         const {t} v = Zel::deserializeAttr<{t}>(it, end, \"{m.name}\");\n"
-                               f"         static_cast<{x.n}&>(e).{m.name}Is(v);\n       }}"))
+            return desc(write=writer(m, x))
         return desc()  # reading would change the entity, and a reference has no parseable form
 
 
@@ -252,7 +283,7 @@ class RefKind(Kind):
     keyword, attr_kind, entity_only = "ref", "reference", True
 
     def types(self, m):
-        return [(target(m.type)[0], ("entity", "object", "extern"))]
+        return [(target(m.type)[0], REFERENT)]
 
     def handler_param(self, m, x):
         return ""
@@ -322,7 +353,8 @@ class OperationKind(Kind):
         m.extra = "const" if mm.group(4) else ""
 
     def types(self, m):
-        return [(t, None) for t, _ in m.params] + ([(m.type, None)] if m.type != "void" else [])
+        result = [(m.type, VALUE + ("pointer",))] if m.type != "void" else []
+        return [(t, VALUE) for t, _ in m.params] + result
 
     def signature(self, m, x):
         args = ", ".join(f"{x.param(t)} {n}" for t, n in m.params)
@@ -339,12 +371,14 @@ class OperationKind(Kind):
         call = f"{cast}.{m.name}({', '.join(f'a{i}' for i in range(len(m.params)))})"
         result = (f"         {call};\n         return Zel::String();\n" if m.type == "void"
                   else f"         return {strep_of(m.type, call)};\n")
-        sig = ", ".join(f"{t} {n}" for t, n in m.params)
+        sig = ", ".join(f"{registry_name(t, x.unit)} {n}" for t, n in m.params)
+        k = len(m.params)
+        count = "no arguments" if k == 0 else "1 argument" if k == 1 else f"{k} arguments"
         return desc(
             keyTypeName=f'"{sig}"',
             call=(f"[](Zel::Entity& e, const std::vector<Zel::String>& args) -> Zel::String {{\n"
-                  f"         if (args.size() != {len(m.params)}) Zel::throwRangeException("
-                  f"\"{m.name} takes {len(m.params)} arguments\");\n{parse}{result}       }}"))
+                  f"         if (args.size() != {k}) Zel::throwRangeException("
+                  f"\"{x.d.qualified}::{m.name} takes {count}\");\n{parse}{result}       }}"))
 
 
 class MethodKind(Kind):
@@ -376,7 +410,7 @@ class CollectionKind(Kind):
 
     def key_param(self, m, x):
         ks = self.keys(m)
-        return x.param(ks[0]) if len(ks) == 1 else f"const {key_cpp(ks)}&"
+        return x.param(ks[0]) if len(ks) == 1 else f"const {key_cpp(ks, x.outside)}&"
 
     def handler_param(self, m, x):
         return self.key_param(m, x)
@@ -415,7 +449,7 @@ class CollectionKind(Kind):
             readAt=(f"[](const Zel::Entity& e, const Zel::String& key) {{\n"
                     f"         const {kt} k = Zel::parseWhole<{kt}>(key, \"Invalid key of {m.name}\");\n"
                     f"         return {self.reflect_value(m, x)};\n       }}"),
-            keyTypeName=f'"{", ".join(self.keys(m))}"')
+            keyTypeName=f'"{", ".join(registry_name(k, x.unit) for k in self.keys(m))}"')
 
 
 class MapKind(CollectionKind):
@@ -432,7 +466,7 @@ class MapKind(CollectionKind):
         m.extra = mm.group(4)
 
     def types(self, m):
-        return [(m.type, None)] + [(k, None) for k in m.key_types]
+        return [(t, VALUE) for t in [m.type] + m.key_types]
 
     def del_result(self, m):
         return cpp(m.type) if m.extra == "delvalue" else "bool"
@@ -451,7 +485,8 @@ class MapKind(CollectionKind):
         s = (f"void {n}::{m.name}Is({kp} key, {x.param(m.type)} v) {{\n"
              f"  if (!{m.name}_.set(key, v)) return;\n{x.notify(m, 'key')}}}\n")
         if m.extra == "delvalue":
-            s += (f"{t} {n}::{m.name}Del({kp} key) {{\n  const {t}* v = {m.name}_.find(key);\n"
+            s += (f"{x.outside(m.type)} {n}::{m.name}Del({kp} key) {{\n"
+                  f"  const {t}* v = {m.name}_.find(key);\n"
                   f"  if (!v) return {t}{{}};\n  const {t} removed = *v;\n  {m.name}_.del(key);\n"
                   f"{x.notify(m, 'key')}  return removed;\n}}\n")
         else:
@@ -496,7 +531,7 @@ class SetKind(CollectionKind):
         m.name, m.type, m.key_types = mm.group(1), "bool", [mm.group(2).strip()]
 
     def types(self, m):
-        return [(m.key_types[0], None)]
+        return [(m.key_types[0], VALUE)]
 
     def public(self, m, x):
         kp = self.key_param(m, x)
@@ -523,6 +558,14 @@ def construction(child, unit):
     return keys or [("name", "Zel::Name")], inits
 
 
+def described_entity(m, x, path):
+    """The child type of m, which must be described (its keys and inits are needed)."""
+    child = x.unit.find(m.type)
+    if child.kind == "extern":
+        raise DescError(path, m.line, f"{m.name}: {m.type} is hand-written; a child type must be described")
+    return child
+
+
 def refuse_other_inits(var, child, inits):
     """Statements that refuse an existing child whose init attributes differ."""
     return "".join(f"    if ({var}->{a}() != {a}) Zel::throwReinstantiation(\"{child.qualified}\", "
@@ -542,9 +585,10 @@ class ChildrenKind(CollectionKind):
         m.name, m.type, m.key_types = mm.group(1), mm.group(2).strip(), key_types(mm.group(3))
 
     def types(self, m):
-        return [(m.type, ("entity",))] + [(k, None) for k in m.key_types]
+        return [(m.type, ("entity",))] + [(k, VALUE) for k in m.key_types]
 
-    def check(self, m, x, child, path):
+    def check(self, m, x, path):
+        child = described_entity(m, x, path)
         keys, _ = construction(child, x.unit)
         if [t for _, t in keys] != m.key_types:
             raise DescError(path, m.line, f"{m.name}: {child.name} is keyed by "
@@ -616,7 +660,21 @@ class RefsKind(CollectionKind):
         m.extra = by.group(1) if by else ""
 
     def types(self, m):
-        return [(target(m.type)[0], ("entity", "object", "extern"))] + [(k, None) for k in m.key_types]
+        return [(target(m.type)[0], REFERENT)] + [(k, VALUE) for k in m.key_types]
+
+    def check(self, m, x, path):
+        if not m.extra:
+            return
+        if len(m.key_types) != 1:
+            raise DescError(path, m.line, f"{m.name}: 'by' files under one key, not {len(m.key_types)}")
+        t = x.unit.find(target(m.type)[0])
+        if t.kind == "extern":
+            return  # a hand-written type: the compiler checks the accessor
+        attr = next((a for e in entity_chain(t, x.unit) for a in e.members if a.name == m.extra), None)
+        if (attr is None or attr.kind not in ("key", "init", "attr", "const")
+                or cpp(attr.type) != cpp(m.key_types[0])):
+            raise DescError(path, m.line, f"{m.name}: {t.name} has no attribute {m.extra} "
+                                          f"of the key type {m.key_types[0]}")
 
     def ptr(self, m):
         return ptr_of(*target(m.type))
@@ -670,15 +728,20 @@ class QueueKind(CollectionKind):
         m.extra = meta.group(1)
 
     def types(self, m):
-        return [(m.type, None), (m.key_types[0], None)]
+        return [(m.type, VALUE), (m.key_types[0], VALUE)]
 
     def check(self, m, x, path):
         meta = next((a for a in x.d.members if a.name == m.extra and a.kind == "attr"), None)
         if meta is None:
             raise DescError(path, m.line, f"{m.name}: no attribute {m.extra} to keep the next index")
         md = x.unit.find(meta.type)
-        if md is None or md.kind != "value" or not any(f.name == "nextIndex" for f in md.of("field")):
+        fields = md.of("field") if md is not None and md.kind == "value" else []
+        nxt = next((f for f in fields if f.name == "nextIndex"), None)
+        if nxt is None:
             raise DescError(path, m.line, f"{m.name}: {meta.type} has no field nextIndex")
+        if cpp(nxt.type) != cpp(m.key_types[0]) or not is_counter(m.key_types[0], x.unit):
+            raise DescError(path, m.line, f"{m.name}: the index and {meta.type}'s nextIndex must be the same "
+                                          f"integer type, not {m.key_types[0]} and {nxt.type}")
 
     def public(self, m, x):
         t, it, kp = cpp(m.type), cpp(m.key_types[0]), self.key_param(m, x)
@@ -706,7 +769,7 @@ class QueueKind(CollectionKind):
             f"  {m.name}_.set(index, v);\n"
             f"  auto next = {meta}_;\n  next.nextIndexIs(static_cast<{it}>(index + 1));\n"
             f"  {meta}Is(next);\n{x.notify(m, 'index')}  return index;\n}}\n"
-            f"{t} {n}::{m.name}Deq() {{\n  if ({m.name}_.empty()) return {t}{{}};\n"
+            f"{x.outside(m.type)} {n}::{m.name}Deq() {{\n  if ({m.name}_.empty()) return {t}{{}};\n"
             f"  const {it} index = {m.name}_.headIndex();\n"
             f"  const {t} v = *{m.name}_.find(index);\n  {m.name}_.del(index);\n"
             f"{x.notify(m, 'index')}  return v;\n}}\n"
@@ -723,6 +786,9 @@ class ChildKind(Kind):
 
     def types(self, m):
         return [(m.type, ("entity",))]
+
+    def check(self, m, x, path):
+        described_entity(m, x, path)
 
     def handler_param(self, m, x):
         return ""

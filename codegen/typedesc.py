@@ -14,6 +14,10 @@ of a declaration. Top-level lines:
     enum NAME [in OUTER] [nofree]       enumeration; OUTER: the enclosing class (an
                                         entity of the same unit, or else a struct of
                                         that name), qualified name "Ldp::OUTER::NAME";
+                                        members of OUTER (and of entities derived from
+                                        it) name it NAME, other entities OUTER::NAME;
+                                        values and objects of the same unit cannot
+                                        (they are declared before its class);
                                         nofree: descriptor only
     value NAME                          value type
     entity NAME [: BASE]                entity type
@@ -35,16 +39,18 @@ Members of an enum: ENUMERATOR = NUMBER. Members of a value type:
 
 Members of an entity or object type are the kinds of codegen/members.py, each
 documented on its class there: key, init, attr, derived, ref, const, function,
-op, method, map, counter, set, children, refs, queue, child (the last six in
-entities only); and `option ctor`: the constructor calls hand-written
-constructed(). Entity types without a key anywhere in their bases are created by
-name.
+op, method, map, counter, set, children, refs, queue, child (key, init, ref and
+the last six in entities only); and `option ctor`: the constructor calls
+hand-written constructed(). Entity types without a key anywhere in their bases
+are created by name; a derived entity may add keys only to a keyed base, and is
+then named by the keys of every level.
 
 Attribute ids follow declaration order: entity attributes from 258 (+128 per level
 of derivation), object attributes from 130, value fields, constants and bit views
 from 2. Within an entity and its bases every member name is distinct. Every type a
-member names must be a scalar, a runtime string, or declared here or in an import.
-Errors name the description and the line ("path:line: message").
+member names must be a scalar, a runtime string, or declared here or in an import,
+and of a kind the member takes (kind_of below; each member kind's types() says
+which). Errors name the description and the line ("path:line: message").
 """
 
 import re
@@ -52,7 +58,7 @@ from dataclasses import dataclass, field
 from typing import List, Optional
 
 from cxx import BUILTIN, IDENT, SCALARS, TYPE, DescError  # noqa: F401 (DescError is public here)
-from members import KINDS
+from members import KINDS, VALUE
 
 
 @dataclass
@@ -91,7 +97,7 @@ class Decl:
 
     @property
     def qualified(self):
-        if self.kind == "extern":
+        if self.kind == "extern" and "::" in self.name:
             return self.name
         parts = [self.namespace] + ([self.outer] if self.outer else []) + [self.name]
         return "::".join(p for p in parts if p)
@@ -112,7 +118,7 @@ class Unit:
 
     def find(self, name):
         for d in self.decls:
-            if d.name == name or d.qualified == name:
+            if d.name == name or d.qualified == name or (d.outer and f"{d.outer}::{d.name}" == name):
                 return d
         return None
 
@@ -155,8 +161,8 @@ def parse(text, path="<text>", unit=None, imported=False, loader=None):
                 m = RE_EXTERN.match(line)
                 if not m:
                     raise DescError(path, lineno, 'expected extern KIND NAME header "path"')
-                _declare(unit, Decl("extern", m.group(2), "", imported=imported, path=path, line=lineno,
-                                    header=m.group(3), extern_kind=m.group(1)), path, lineno)
+                _declare(unit, Decl("extern", m.group(2), namespace, imported=imported, path=path,
+                                    line=lineno, header=m.group(3), extern_kind=m.group(1)), path, lineno)
             elif head in ("enum", "value", "entity", "object"):
                 if len(words) < 2:
                     raise DescError(path, lineno, f"{head} needs a name")
@@ -280,15 +286,25 @@ def number(unit):
     return unit
 
 
-def _known(unit, t):
-    """The declaration of type t, True for scalars and runtime types, None if unknown."""
+def kind_of(unit, t):
+    """What type t is: "scalar" (scalars and runtime types), "pointer" (Zel::Ptr<T>
+    of a known T), or the kind of its declaration (an extern's declared kind);
+    None if unknown. Also gives the declaration."""
     t = t.strip()
     if t in SCALARS or t in BUILTIN:
-        return True
+        return "scalar", None
     inner = re.match(r"^Zel::Ptr<\s*(?:const\s+)?(.+?)\s*>$", t)
     if inner:
-        return _known(unit, inner.group(1))
-    return unit.find(t)
+        kind, d = kind_of(unit, inner.group(1))
+        return ("pointer" if kind in ("entity", "object") else None), d
+    d = unit.find(t)
+    if d is None:
+        return None, None
+    return (d.extern_kind if d.kind == "extern" else d.kind), d
+
+
+def _a(word):
+    return f"a{'n' if word[0] in 'aeio' else ''} {word}"
 
 
 def check(unit):
@@ -298,23 +314,37 @@ def check(unit):
     for d in unit.own():
         where = d.path or unit.path
         if d.kind == "value":
-            named = [(m.type, None, m.line) for m in d.of("field", "const")]
+            named = [(m.type, VALUE, m.line) for m in d.of("field", "const")]
         elif d.kind in ("entity", "object"):
             named = [(t, kinds, m.line) for m in d.members if m.kind in KINDS
                      for t, kinds in KINDS[m.kind].types(m)]
         else:
             continue
         for t, kinds, line in named:
-            found = _known(unit, t)
-            if found is None:
+            kind, found = kind_of(unit, t)
+            if kind is None:
                 raise DescError(where, line, f"unknown type {t}: declare it or import its description")
-            if found is True:
-                continue
-            used.append(found)
-            kind = found.extern_kind if found.kind == "extern" else found.kind
-            if kinds and kind not in kinds and not (found.kind == "extern" and "extern" in kinds):
-                raise DescError(where, line, f"{t} is a{'n' if kind[0] in 'aeo' else ''} {kind}, "
-                                             f"not a{'n' if kinds[0][0] in 'aeo' else ''} {kinds[0]}")
+            if found is not None:
+                used.append(found)
+            if kinds and kind not in kinds:
+                raise DescError(where, line, f"{t} is {_a(kind)}, not {_a(kinds[0])}")
+            if found is not None and found.kind == "enum" and found.outer:
+                outer = unit.find(found.outer)
+                if d.kind != "entity" and not found.imported and outer is not None and outer.kind == "entity":
+                    # Values and objects are declared before the entities of their unit.
+                    raise DescError(where, line, f"{t} is nested in the entity {found.outer} of this "
+                                                 f"description: only entities may name it")
+                if "::" not in t and found.outer not in [e.name for e in _chain(unit, d)]:
+                    raise DescError(where, line, f"{t} is declared in {found.outer}: name it "
+                                                 f"{found.outer}::{t}")
         if d.kind == "entity" and d.base:
             used.append(unit.find(d.base))
     return used
+
+
+def _chain(unit, d):
+    out = []
+    while d is not None and not any(d is x for x in out):
+        out.append(d)
+        d = unit.find(d.base) if d.base else None
+    return out

@@ -119,4 +119,8 @@ class EntityColl : public LazyMap<HashMap2018<K, Ptr<C>>> {
   }
 };
 
+// An empty collection costs one pointer.
+static_assert(sizeof(ValueColl<uint32_t, uint32_t>) == sizeof(void*));
+static_assert(sizeof(ValueSet<uint32_t>) == sizeof(void*));
+static_assert(sizeof(EntityColl<uint32_t, PtrInterface>) == sizeof(void*));
 }  // namespace Zel

@@ -8,6 +8,7 @@
 // that and names the part that fails ("Invalid value for attribute 'key part 2': ...").
 // Attribute log: the parts one after another.
 
+#include <ostream>
 #include <tuple>
 
 #include "platform/zel/Hash.h"
@@ -49,6 +50,11 @@ String valueToStrep(const Key<P...>& k) {
              k.parts());
   s += ")";
   return String(s);
+}
+
+template <class... P>
+std::ostream& operator<<(std::ostream& os, const Key<P...>& k) {
+  return os << valueToStrep(k);
 }
 
 template <class... P>

@@ -38,6 +38,8 @@ const char* attrKindName(AttrKind kind) {
   switch (kind) {
     case AttrKind::key:
       return "key";
+    case AttrKind::init:
+      return "init";
     case AttrKind::mutableAttr:
       return "mutable";
     case AttrKind::derived:

@@ -26,7 +26,8 @@ constexpr AttributeId entity = 143;
 // What an attribute is. Whether reflection may read or write it is told by its
 // accessors (AttrDesc::read, write, ...), not by its kind.
 enum class AttrKind : uint8_t {
-  key,                  // fixed at construction
+  key,                  // fixed at construction, part of the collection key and the name
+  init,                 // fixed at construction, not part of the key
   mutableAttr,          // a value with a setter
   derived,              // computed from other state, or an access point (write-only, take-on-read)
   reference,            // a Ptr to an entity the attribute does not own
