@@ -1,0 +1,4 @@
+#pragma once
+// Per-session configuration, status, statistics and state log.
+
+#include "model/LdpSession.gen.h"
