@@ -163,7 +163,10 @@ void writeTypeJson(std::ostream& out, const ZelType& t) {
   s += ",\"base\":" + (t.base() ? jsonString(t.base()->name()) : std::string("null"));
   s += ",\"keys\":[";
   const std::vector<const char*> keys = keyNames(t);
-  for (size_t i = 0; i < keys.size(); ++i) s += (i ? "," : "") + jsonString(keys[i]);
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i) s += ',';
+    s += jsonString(keys[i]);
+  }
   s += "],\"attributes\":[";
   bool first = true;
   for (const AttrDesc& a : t.ownAttrs()) {
