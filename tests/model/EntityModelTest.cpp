@@ -329,7 +329,9 @@ TEST(GenericIf, CollectionsAndFunctions) {
 TEST(GenericIf, ReactorHearsEveryChangeById) {
   struct Recorder : Zel::GenericIfNotifiee {
     void onAttribute(Zel::AttributeId id, const Zel::String* key) override {
-      seen.push_back(std::to_string(id) + (key ? ":" + key->str() : ""));
+      std::string s = std::to_string(id);  // appended: g++ -O3 misreads "x" + str (-Wrestrict)
+      if (key) s.append(":").append(key->str());
+      seen.push_back(s);
     }
     Strings seen;
   } r;

@@ -26,7 +26,8 @@ LdpSessionStateLogEntry entry(double time, SessionState state, LdpStatusCode cod
 
 // A distinct entry per i: its reason is "r<i>".
 LdpSessionStateLogEntry numbered(uint32_t i) {
-  const std::string reason = "r" + std::to_string(i);
+  // Appended, not "r" + ...: g++ -O3 misreads that (-Wrestrict).
+  const std::string reason = std::string("r").append(std::to_string(i));
   return entry(i, stateOperational_, success_, reason.c_str());
 }
 
