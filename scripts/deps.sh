@@ -4,6 +4,7 @@
 #   asan    clang's sanitizer runtimes (the asan preset)
 #   m32     32-bit g++ and GoogleTest's sources (the m32 preset)
 #   static  clang-tidy and cppcheck (scripts/static-checks)
+#   package pkg-config, and dpkg-shlibdeps and file for cpack -G DEB (scripts/consumer-test)
 set -euo pipefail
 packages=(cmake ninja-build g++ clang python3 libgtest-dev libgmock-dev libbenchmark-dev clang-format
   libpcap-dev)
@@ -12,8 +13,9 @@ for extra in "$@"; do
     asan) packages+=(libclang-rt-14-dev) ;;
     m32) packages+=(g++-multilib googletest) ;;
     static) packages+=(clang-tidy cppcheck) ;;
+    package) packages+=(pkg-config dpkg-dev file) ;;
     *)
-      echo "deps.sh: unknown extra '$extra' (known: asan m32 static)" >&2
+      echo "deps.sh: unknown extra '$extra' (known: asan m32 static package)" >&2
       exit 2
       ;;
   esac
