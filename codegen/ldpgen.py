@@ -258,11 +258,14 @@ def emit_entity_header(d, unit, h):
     base = d.base or "Zel::Entity"
     args = ctor_args(d, unit)
     h(f"class {n} : public {base} {{\n public:")
-    h("  class NotifieeConst;\n  class Notifiee;\n")
+    h("  class NotifieeConst;\n  class Notifiee;\n  class ZelNboAttrLogSa;\n")
     for e in nested_enums(d, unit):
         h(enum_in_class(e))
     h("  static const Zel::ZelType& zelType();")
     h("  const Zel::ZelType* fwkType() const override { return &zelType(); }")
+    h("  bool zelHasAttrLogInterface() const override { return true; }")
+    h("  Zel::Ptr<Zel::Entity::ZelNboAttrLogSa> zelNboAttrLogSaIs(Zel::NboAttrLog::Writer* writer,\n"
+      "                                                           bool readOnly) override;")
     if not d.base and is_named(d, unit):
         h("  Zel::Name name() const override { return name_; }")
         h("  void nameIsFromBackup(const Zel::Name& name) override { name_ = name; }")
@@ -285,6 +288,7 @@ def emit_entity_header(d, unit, h):
         h(KINDS[m.kind].storage(m, x).rstrip("\n") or None)
     h("};\n")
     emit_reactors(d, x, h)
+    emit_adapter_header(d, x, h)
     h(f"Zel::Ptr<{n}> {lower_first(n)}Factory({sig});\n")
 
 
@@ -342,6 +346,7 @@ def emit_entity_source(d, unit, c):
             c(text)
     emit_type_descriptor(d, x, c)
     emit_reflection_reactor(d, unit, x, c)
+    emit_adapter_source(d, unit, x, c)
 
 
 def attr_desc(m, x, fields=DESC_FIELDS):
@@ -400,6 +405,97 @@ def emit_reflection_reactor(d, unit, x, c):
       f"      }});\n  return true;\n}}();\n}}  // namespace\n")
 
 
+# ------------------------------------------------------ replication adapters
+
+# The adapter functions that switch on attribute ids: (name, result, parameters, const).
+ADAPTER_FUNCS = [
+    ("writeAttr", "bool", "Zel::AttributeId id, Zel::NboAttrLog::Out& out", True),
+    ("writeEntry", "bool", "Zel::AttributeId id, Zel::NboAttrLog::In& key, Zel::NboAttrLog::Out& out", True),
+    ("entryKeys", "bool", "Zel::AttributeId id, std::vector<std::string>& keys", True),
+    ("childAt", "Zel::Ptr<Zel::Entity>", "Zel::AttributeId id, Zel::NboAttrLog::In& key", True),
+    ("readAttr", "bool", "Zel::AttributeId id, Zel::NboAttrLog::In& in, Zel::NboAttrLog::Replica& r", False),
+    ("makeChild", "Zel::Ptr<Zel::Entity>", "Zel::AttributeId id, Zel::NboAttrLog::In& in", False),
+]
+
+
+def adapter_cases(d, x):
+    """{function: [(id, case code)]} over the type's own members."""
+    cases = {}
+    for m in d.members:
+        for fn, code in KINDS[m.kind].log_cases(m, x).items():
+            cases.setdefault(fn, []).append((m.id, code))
+    return cases
+
+
+def adapter_base(d):
+    return f"{d.base}::ZelNboAttrLogSa" if d.base else "Zel::Entity::ZelNboAttrLogSa"
+
+
+def emit_adapter_header(d, x, h):
+    """X::ZelNboAttrLogSa: the switch on X's own attribute ids (platform/zel/AttrLogSa.h)."""
+    n, base = d.name, adapter_base(d)
+    h(f"class {n}::ZelNboAttrLogSa : public {base} {{\n public:")
+    h(f"  ZelNboAttrLogSa(const Zel::Ptr<{n}>& e, Zel::NboAttrLog::Writer* writer, bool readOnly);")
+    h("  Zel::Ptr<Zel::Entity::ZelNboAttrLogSa> cloneSa() const override;\n\n protected:")
+    h(f"  ZelNboAttrLogSa(const Zel::Ptr<{n}>& e, Zel::NboAttrLog::Writer* writer, bool readOnly, NoReactor);")
+    cases = adapter_cases(d, x)
+    for fn, result, params, const in ADAPTER_FUNCS:
+        if fn in cases:
+            h(f"  {result} {fn}({params}){' const' if const else ''} override;")
+    h("  void writeConstruction(Zel::NboAttrLog::Out& out) const override;\n\n private:")
+    h("  class ZelNboAttrLogSaAdapter_;\n};\n")
+
+
+def emit_adapter_source(d, unit, x, c):
+    n, base = d.name, adapter_base(d)
+    sa = f"{n}::ZelNboAttrLogSa"
+    # The reactor: every handler of the type and its bases marks or writes its id.
+    c(f"class {sa}::ZelNboAttrLogSaAdapter_ : public {n}::NotifieeConst {{\n public:")
+    c(f"  ZelNboAttrLogSaAdapter_(const Zel::Ptr<const {n}>& n, {sa}* sa) : sa_(sa) {{ notifierIs(n); }}")
+    for e in x.chain:
+        ex = Ctx(unit, e, entity_chain(e, unit))
+        for m in e.members:
+            p = KINDS[m.kind].handler_param(m, ex)
+            body = KINDS[m.kind].log_handler(m, ex)
+            if p is None or body is None:
+                continue
+            c(f"  void {handler(m)}({p + ' k' if p else ''}) override {{ {body} }}")
+    c(f"\n private:\n  [[maybe_unused]] {sa}* sa_;\n}};\n")
+    c(f"{sa}::ZelNboAttrLogSa(const Zel::Ptr<{n}>& e, Zel::NboAttrLog::Writer* writer, bool readOnly)\n"
+      f"    : {base}(e, writer, readOnly, NoReactor{{}}) {{\n"
+      f"  reactorIs(std::make_unique<ZelNboAttrLogSaAdapter_>(e, this));\n}}\n")
+    c(f"{sa}::ZelNboAttrLogSa(const Zel::Ptr<{n}>& e, Zel::NboAttrLog::Writer* writer, bool readOnly, NoReactor)\n"
+      f"    : {base}(e, writer, readOnly, NoReactor{{}}) {{}}\n")
+    c(f"Zel::Ptr<Zel::Entity::ZelNboAttrLogSa> {sa}::cloneSa() const {{\n"
+      f"  return Zel::Ptr<Zel::Entity::ZelNboAttrLogSa>(\n"
+      f"      new ZelNboAttrLogSa(Zel::Ptr<{n}>(static_cast<{n}*>(entity().ptr())), nullptr, readOnly()));\n}}\n")
+    c(f"Zel::Ptr<Zel::Entity::ZelNboAttrLogSa> {n}::zelNboAttrLogSaIs(Zel::NboAttrLog::Writer* writer, bool readOnly) {{\n"
+      f"  return Zel::Ptr<Zel::Entity::ZelNboAttrLogSa>(new ZelNboAttrLogSa(Zel::Ptr<{n}>(this), writer, readOnly));\n}}\n")
+    cases = adapter_cases(d, x)
+    for fn, result, params, const in ADAPTER_FUNCS:
+        if fn not in cases:
+            continue
+        names = [p.split()[-1].lstrip("&") for p in params.split(", ")]
+        ps = ", ".join(f"[[maybe_unused]] {p}" for p in params.split(", "))
+        cq = "const " if const else ""
+        body = "".join(f"    case {i}:\n      {code}\n" for i, code in cases[fn])
+        c(f"{result} {sa}::{fn}({ps}){' const' if const else ''} {{\n"
+          f"  [[maybe_unused]] {cq}{n}& ent = static_cast<{cq}{n}&>(*entity());\n"
+          f"  switch (id) {{\n{body}    default:\n      break;\n  }}\n"
+          f"  return {base}::{fn}({', '.join(names)});\n}}\n")
+    args = ctor_args(d, unit)
+    writes = "".join(f"  attrLogWrite(out, ent.{k.name}());\n" for k in args)
+    c(f"void {sa}::writeConstruction(Zel::NboAttrLog::Out& out) const {{\n"
+      f"  const {n}& ent = static_cast<const {n}&>(*entity());\n{writes}}}\n")
+    # A root entity of this type, made from its orphan record.
+    reads = "".join(f"  {x.outside(k.type)} a{i}{{}};\n  attrLogRead(in, &a{i});\n" for i, k in enumerate(args))
+    c(f"namespace {{\nZel::Ptr<Zel::Entity> {n}FromOrphan_(Zel::NboAttrLog::In& in) {{\n{reads}"
+      f"  in.endOfRecord();\n  return {lower_first(n)}Factory({', '.join(f'a{i}' for i in range(len(args)))});\n}}\n"
+      f"[[maybe_unused]] const bool {n}OrphanRegistered_ = [] {{\n"
+      f"  Zel::NboAttrLog::orphanFactoryIs(&{n}::zelType(), &{n}FromOrphan_);\n  return true;\n}}();\n"
+      f"}}  // namespace\n")
+
+
 # ---------------------------------------------------------------- object types
 
 def emit_object_header(d, unit, h):
@@ -432,7 +528,8 @@ def emit_object_source(d, unit, c):
 
 HEADER_INCLUDES = [
     "<cstdint>", "<iosfwd>",
-    '"platform/zel/Collections.h"', '"platform/zel/Entity.h"', '"platform/zel/Hash.h"',
+    '"platform/zel/AttrLogSa.h"', '"platform/zel/Collections.h"', '"platform/zel/Entity.h"',
+    '"platform/zel/Hash.h"',
     '"platform/zel/Key.h"', '"platform/zel/NboAttrLog.h"', '"platform/zel/OrderedQueue.h"',
     '"platform/zel/Reference.h"', '"platform/zel/StringForm.h"', '"platform/zel/Time.h"',
     '"platform/zel/Type.h"',
@@ -554,7 +651,8 @@ def generate(unit, rel_stem):
     c(f"// Generated from {rel_stem}.types by codegen/ldpgen.py. Do not edit.")
     c(f'#include "{rel_stem}.gen.h"\n')
     c("#include <memory>\n#include <new>\n#include <ostream>\n#include <string>\n")
-    c('#include "platform/zel/GenericIf.h"\n')
+    c('#include "platform/zel/AttrLogReplica.h"\n#include "platform/zel/AttrLogWriter.h"\n'
+      '#include "platform/zel/GenericIf.h"\n')
     emit = {"enum": lambda d: emit_enum_source(d, c),
             "value": lambda d: emit_value_source(d, unit, c),
             "entity": lambda d: emit_entity_source(d, unit, c),

@@ -164,6 +164,48 @@ class Kind:
     def reflect(self, m, x):
         return desc()
 
+    # Replication (the attribute-log adapter, platform/zel/AttrLogSa.h).
+    def log_handler(self, m, x):
+        """The adapter reactor's handler body for m (`k` is the key), or None."""
+        return None
+
+    def log_cases(self, m, x):
+        """{adapter function: the `case` of m in its switch on ids}; the functions are
+        those of Entity::ZelNboAttrLogSa (writeAttr, readAttr, writeEntry, entryKeys,
+        childAt, makeChild). Inside, `ent` is the entity, `out`/`in`/`key` the streams."""
+        return {}
+
+
+def read_var(t, var, stream, x):
+    """Declares `var` of type t and reads it from `stream`."""
+    return f"{x.outside(t)} {var}{{}};\n      attrLogRead({stream}, &{var});\n      "
+
+
+def read_cases(m, x, apply_set, apply_del, value=True):
+    """The readAttr case of a keyed collection: the operation, the key and, for a
+    set, the value are decoded before anything changes."""
+    kt = key_cpp(m.key_types, x.outside)
+    val = f"      {x.outside(m.type)} v{{}};\n      attrLogRead(in, &v);\n" if value else ""
+    return (f"{{\n      const uint8_t op = in.nextU8();\n      {kt} k{{}};\n      attrLogRead(in, &k);\n"
+            f"      if (op == Zel::NboAttrLog::entrySet) {{\n  {val.replace(chr(10) + '      ', chr(10) + '        ')}"
+            f"        in.endOfRecord();\n        {apply_set};\n"
+            f"      }} else if (op == Zel::NboAttrLog::entryDel) {{\n        in.endOfRecord();\n        {apply_del};\n"
+            f"      }} else {{\n        Zel::NboAttrLog::refuseEntryOp(op);\n      }}\n      return true;\n    }}")
+
+
+def entry_keys_case(m):
+    return (f"for (const auto& k : ent.{m.name}_.keys()) keys.push_back(Zel::NboAttrLog::encoded(k));\n"
+            f"      return true;")
+
+
+def make_child_case(m, x, call):
+    """Reads the child's construction arguments and calls `call`(args)."""
+    child = x.unit.find(m.type)
+    keys, inits = construction(child, x.unit)
+    reads = "".join(read_var(t, f"a{i}", "in", x) for i, (_, t) in enumerate(keys + inits))
+    args = ", ".join(f"a{i}" for i in range(len(keys + inits)))
+    return f"{{\n      {reads}in.endOfRecord();\n      return ent.{call}({args});\n    }}"
+
 
 # ------------------------------------------------------------------ plain values
 
@@ -230,6 +272,14 @@ class MutableKind(Kind):
             read=f"[](const Zel::Entity& e) {{ return valueToStrep({x.self_}.{m.name}()); }}",
             write=writer(m, x),
             defaultValue=f"[] {{ return valueToStrep({t}{braced(m.default)}); }}")
+
+    def log_handler(self, m, x):
+        return f"sa_->attrChanged({m.id});"
+
+    def log_cases(self, m, x):
+        return {"writeAttr": f"attrLogWrite(out, ent.{m.name}());\n      return true;",
+                "readAttr": (f"{{\n      {read_var(m.type, 'v', 'in', x)}in.endOfRecord();\n"
+                             f"      ent.{m.name}Is(v);\n      return true;\n    }}")}
 
 
 def writer(m, x):
@@ -303,6 +353,17 @@ class RefKind(Kind):
 
     def reflect(self, m, x):
         return desc(read=f"[](const Zel::Entity& e) {{ return Zel::referenceStrep({x.self_}.{m.name}()); }}")
+
+    def log_handler(self, m, x):
+        return f"sa_->attrChanged({m.id});"
+
+    def log_cases(self, m, x):
+        t, const = target(m.type)
+        tt = f"{'const ' if const else ''}{cpp(t)}"
+        return {"writeAttr": (f"out.putU32(Zel::NboAttrLog::refHandle(writer(), ent.{m.name}().ptr()));\n"
+                              f"      return true;"),
+                "readAttr": (f"{{\n      const uint32_t h = in.nextU32();\n      in.endOfRecord();\n"
+                             f"      ent.{m.name}Is(Zel::NboAttrLog::refAt<{tt}>(r, h));\n      return true;\n    }}")}
 
 
 class ConstKind(Kind):
@@ -451,6 +512,29 @@ class CollectionKind(Kind):
                     f"         return {self.reflect_value(m, x)};\n       }}"),
             keyTypeName=f'"{", ".join(registry_name(k, x.unit) for k in self.keys(m))}"')
 
+    # Replication of value entries (maps, counters, sets, queues): keyed sets and deletions.
+    def log_handler(self, m, x):
+        return f"sa_->entryChanged({m.id}, k, false);"
+
+    def log_found(self, m):
+        """An expression true when the entry at k exists, and its value's encoding."""
+        return f"const auto* v = ent.{m.name}_.find(k)", "attrLogWrite(out, *v);"
+
+    def log_cases(self, m, x):
+        kt = key_cpp(m.key_types, x.outside)
+        found, write_value = self.log_found(m)
+        return {
+            "writeEntry": (f"{{\n      {kt} k{{}};\n      attrLogRead(key, &k);\n"
+                           f"      if ({found}) {{\n        out.putU8(Zel::NboAttrLog::entrySet);\n"
+                           f"        attrLogWrite(out, k);\n        {write_value}\n      }} else {{\n"
+                           f"        out.putU8(Zel::NboAttrLog::entryDel);\n        attrLogWrite(out, k);\n"
+                           f"      }}\n      return true;\n    }}"),
+            "entryKeys": entry_keys_case(m),
+            "readAttr": self.log_read(m, x)}
+
+    def log_read(self, m, x):
+        return read_cases(m, x, f"ent.{m.name}Is(k, v)", f"ent.{m.name}Del(k)")
+
 
 class MapKind(CollectionKind):
     """map NAME : VALUE [KEY] [delvalue] -- keyed values; x(key) gives the default
@@ -549,6 +633,12 @@ class SetKind(CollectionKind):
                 f"bool {n}::{m.name}Del({kp} key) {{\n  if (!{m.name}_.del(key)) return false;\n"
                 f"{x.notify(m, 'key')}  return true;\n}}\n" + self.common_define(m, x))
 
+    def log_found(self, m):
+        return f"ent.{m.name}_.has(k)", ""
+
+    def log_read(self, m, x):
+        return read_cases(m, x, f"ent.{m.name}Is(k)", f"ent.{m.name}Del(k)", value=False)
+
 
 def construction(child, unit):
     """The child type's construction arguments: (keys, inits), each [(name, type)]."""
@@ -643,6 +733,28 @@ class ChildrenKind(CollectionKind):
         return (f"[&] {{ auto c = {x.self_}.{m.name}(k);\n"
                 f"           return valueToStrep(c ? c->fullName() : Zel::String()); }}()")
 
+    def reflect(self, m, x):
+        kt = self.key_t(m)
+        return dict(super().reflect(m, x), child=(
+            f"[](const Zel::Entity& e, const Zel::String& key) -> Zel::Entity* {{\n"
+            f"         const {kt} k = Zel::parseWhole<{kt}>(key, \"Invalid key of {m.name}\");\n"
+            f"         return {x.self_}.{m.name}(k).ptr();\n       }}"))
+
+
+    # Replication: a child is created by its own orphan record; only deletions travel here.
+    def log_handler(self, m, x):
+        return f"sa_->entryChanged({m.id}, k, true);"
+
+    def log_cases(self, m, x):
+        kt = key_cpp(m.key_types, x.outside)
+        return {
+            "entryKeys": entry_keys_case(m),
+            "childAt": f"{{\n      {kt} k{{}};\n      attrLogRead(key, &k);\n      return ent.{m.name}(k);\n    }}",
+            "readAttr": (f"{{\n      const uint8_t op = in.nextU8();\n      {kt} k{{}};\n      attrLogRead(in, &k);\n"
+                         f"      in.endOfRecord();\n      if (op != Zel::NboAttrLog::entryDel) "
+                         f"Zel::NboAttrLog::refuseEntryOp(op);\n      ent.{m.name}Del(k);\n      return true;\n    }}"),
+            "makeChild": make_child_case(m, x, f"{m.name}Is")}
+
 
 class RefsKind(CollectionKind):
     """refs NAME : [const] T [KEY] [by ATTR] -- keyed references to entities the
@@ -709,6 +821,26 @@ class RefsKind(CollectionKind):
 
     def reflect_value(self, m, x):
         return f"Zel::referenceStrep({x.self_}.{m.name}(k))"
+
+
+    # Replication: a reference travels as its target's handle; one to an object that
+    # is not mirrored leaves the mirror without the entry (counted as unresolved).
+    def log_found(self, m):
+        return (f"const auto v = ent.{m.name}(k)",
+                "out.putU32(Zel::NboAttrLog::refHandle(writer(), v.ptr()));")
+
+    def log_read(self, m, x):
+        t, const = target(m.type)
+        tt = f"{'const ' if const else ''}{cpp(t)}"
+        kt = key_cpp(m.key_types, x.outside)
+        file = f"ent.{m.name}Is(p)" if m.extra else f"ent.{m.name}Is(k, p)"
+        return (f"{{\n      const uint8_t op = in.nextU8();\n      {kt} k{{}};\n      attrLogRead(in, &k);\n"
+                f"      if (op == Zel::NboAttrLog::entrySet) {{\n        const uint32_t h = in.nextU32();\n"
+                f"        in.endOfRecord();\n        const Zel::Ptr<{tt}> p = Zel::NboAttrLog::refAt<{tt}>(r, h);\n"
+                f"        if (p) {file};\n"
+                f"      }} else if (op == Zel::NboAttrLog::entryDel) {{\n        in.endOfRecord();\n"
+                f"        ent.{m.name}Del(k);\n      }} else {{\n        Zel::NboAttrLog::refuseEntryOp(op);\n"
+                f"      }}\n      return true;\n    }}")
 
 
 class QueueKind(CollectionKind):
@@ -834,7 +966,20 @@ class ChildKind(Kind):
     def reflect(self, m, x):
         return desc(read=(f"[](const Zel::Entity& e) {{\n"
                           f"         auto c = {x.self_}.{m.name}();\n"
-                          f"         return valueToStrep(c ? c->name() : Zel::Name());\n       }}"))
+                          f"         return valueToStrep(c ? c->name() : Zel::Name());\n       }}"),
+                    child=f"[](const Zel::Entity& e, const Zel::String&) -> Zel::Entity* {{ return {x.self_}.{m.name}().ptr(); }}")
+
+
+    def log_handler(self, m, x):
+        return f"sa_->childChanged({m.id});"
+
+    def log_cases(self, m, x):
+        return {
+            "childAt": f"return ent.{m.name}();",
+            "readAttr": (f"{{\n      const uint8_t op = in.nextU8();\n      in.endOfRecord();\n"
+                         f"      if (op != Zel::NboAttrLog::entryDel) Zel::NboAttrLog::refuseEntryOp(op);\n"
+                         f"      ent.{m.name}Del();\n      return true;\n    }}"),
+            "makeChild": make_child_case(m, x, f"{m.name}Is")}
 
 
 KINDS = {k.keyword: k for k in (
@@ -843,4 +988,4 @@ KINDS = {k.keyword: k for k in (
     QueueKind(), ChildKind())}
 
 # The AttrDesc fields in their declaration order (designated initialisers must follow it).
-DESC_FIELDS = ("read", "write", "keys", "readAt", "invoke", "keyTypeName", "defaultValue", "call")
+DESC_FIELDS = ("read", "write", "keys", "readAt", "invoke", "keyTypeName", "defaultValue", "call", "child")

@@ -1,6 +1,12 @@
 #include "platform/zel/Entity.h"
 
+#include "platform/zel/AttrLogSa.h"
+
 namespace Zel {
+
+Ptr<Entity::ZelNboAttrLogSa> Entity::zelNboAttrLogSaIs(NboAttrLog::Writer*, bool) {
+  throwRangeException(String(fwkType()->name()) + " has no attribute-log adapter");
+}
 
 void Entity::nameIsFromBackup(const Name& backupName) {
   const Name own = name();

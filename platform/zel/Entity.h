@@ -9,9 +9,15 @@
 
 namespace Zel {
 
+namespace NboAttrLog {
+class Writer;
+}
+
 class Entity : public PtrInterface {
  public:
   class NotifieeConst;
+  // The replication adapter (AttrLogSa.h).
+  class ZelNboAttrLogSa;
   using NotifieeListType = NotifieeList<NotifieeConst>;
 
   // The descriptor of the entity's most derived type.
@@ -35,8 +41,11 @@ class Entity : public PtrInterface {
     parentAttr_ = attr;
   }
 
-  // Every generated entity can be mirrored into an attribute log.
-  bool zelHasAttrLogInterface() const { return true; }
+  // Whether the entity can be mirrored into an attribute log (every generated type).
+  virtual bool zelHasAttrLogInterface() const { return false; }
+  // Makes a replication adapter of the entity's type, registered with the entity
+  // while it lives; `writer` null for the receiving side (AttrLogSa.h).
+  virtual Ptr<ZelNboAttrLogSa> zelNboAttrLogSaIs(NboAttrLog::Writer* writer, bool readOnly);
 
   // The descriptor of the reflection attributes that every entity type shares.
   static const ZelType& entityType();

@@ -53,6 +53,10 @@ void In::need(size_t n) const {
   if (recordEnd_ - pos_ < n) throwRangeException("NboAttrLog::In: record truncated");
 }
 
+void In::endOfRecord() const {
+  if (pos_ != recordEnd_) throwRangeException("NboAttrLog::In: record too long");
+}
+
 AttributeId In::nextAttrId() {
   pos_ = recordEnd_;
   if (bytes_.size() - pos_ < 8) throwRangeException("NboAttrLog::In: record truncated");

@@ -11,8 +11,10 @@
 //     double         IEEE-754 binary64, big-endian
 //     String         4-octet big-endian length, then the bytes
 //     value types    their fields one after another in declaration order
-// Out may be given a capacity; spaceFor() tells a writer whether a record fits, so
-// that it can mark the attribute dirty and send it later instead.
+// Out may be given a capacity; spaceFor() tells a writer whether a record fits, and
+// full() whether the buffer has reached its capacity, so that a writer can mark the
+// attribute dirty and send it later instead. How replication lays entities and their
+// collections into records is described in AttrLogSa.h.
 
 #include <cstdint>
 #include <limits>
@@ -49,7 +51,14 @@ class Out : public PtrInterface {
   void putString(const String& s);
 
   const std::vector<uint8_t>& bytes() const { return bytes_; }
+  size_t size() const { return bytes_.size(); }
   void clear() { bytes_.clear(); }
+  // Takes back what was written after `size` octets (a record that must wait).
+  void truncate(size_t size) { bytes_.resize(size); }
+  // The capacity is a soft bound: a record is always written whole, and the buffer is
+  // full once it holds `capacity` octets or more. A buffer of a few octets therefore
+  // still carries one record at a time.
+  bool full() const { return bytes_.size() >= capacity_; }
 
  private:
   std::vector<uint8_t> bytes_;
@@ -61,14 +70,24 @@ class In : public PtrInterface {
  public:
   In(const uint8_t* data, size_t len) : bytes_(data, data + len) {}
   explicit In(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+  // The encoding of one value (a collection key, say), read without record framing.
+  static In value(const uint8_t* data, size_t len) {
+    In in(data, len);
+    in.recordEnd_ = len;
+    return in;
+  }
 
-  bool atEnd() const { return pos_ >= bytes_.size(); }
+  // No record after the current one (whatever of it is left unread).
+  bool atEnd() const { return recordEnd_ >= bytes_.size(); }
   // Starts the next record and returns its id.
   AttributeId nextAttrId();
   // Skips what is left of the current record.
   void skipAttr() { pos_ = recordEnd_; }
-  // Octets of the current record not yet read.
+  // Octets of the current record not yet read, and where they are.
   size_t remaining() const { return recordEnd_ - pos_; }
+  const uint8_t* cursor() const { return bytes_.data() + pos_; }
+  // Refuses a record with octets left over: every record is read whole.
+  void endOfRecord() const;
 
   bool nextbool() { return nextU8() != 0; }
   uint8_t nextU8();

@@ -69,6 +69,14 @@ const char* attrKindName(AttrKind kind) {
 }
 
 const AttrDesc* ZelType::attr(AttributeId id) const {
+  // Generated types number their attributes consecutively: try the id's place first.
+  for (const ZelType* t = this; t; t = t->base_) {
+    const std::vector<AttrDesc>& a = t->attrs_;
+    if (!a.empty() && id >= a.front().id && id - a.front().id < a.size() &&
+        a[id - a.front().id].id == id) {
+      return &a[id - a.front().id];
+    }
+  }
   for (const ZelType* t = this; t; t = t->base_) {
     for (const AttrDesc& a : t->attrs_) {
       if (a.id == id) return &a;

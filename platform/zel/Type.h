@@ -64,6 +64,9 @@ struct AttrDesc {
   // Operations: parse each parameter from its string form, call, and give the result's
   // string form (empty for an operation without a result).
   String (*call)(Entity&, const std::vector<String>& args) = nullptr;
+  // Child entities (collections and single children): the child at a key form (the
+  // key is ignored for a single child), or null.
+  Entity* (*child)(const Entity&, const String& key) = nullptr;
 };
 
 // Type-erased operations of a value type, for GenericIfValue.
