@@ -19,6 +19,11 @@ std::unordered_map<const ZelType*, OrphanFactory>& orphanFactories() {
 
 void orphanFactoryIs(const ZelType* type, OrphanFactory f) { orphanFactories()[type] = f; }
 
+OrphanFactory orphanFactory(const ZelType* type) {
+  auto it = orphanFactories().find(type);
+  return it == orphanFactories().end() ? nullptr : it->second;
+}
+
 Replica::~Replica() { clear(); }
 
 void Replica::clear() {
@@ -45,10 +50,15 @@ void Replica::apply(const uint8_t* data, size_t len) {
 }
 
 void Replica::apply(In& in) {
-  while (!in.atEnd()) {
-    const AttributeId id = in.nextAttrId();
-    applyRecord(id, in);
+  while (applyNext(in)) {
   }
+}
+
+bool Replica::applyNext(In& in) {
+  if (in.atEnd()) return false;
+  const AttributeId id = in.nextAttrId();
+  applyRecord(id, in);
+  return true;
 }
 
 void Replica::applyRecord(AttributeId id, In& in) {
@@ -88,12 +98,12 @@ void Replica::applyOrphan(In& in) {
   Ptr<Entity> e;
   Sa* parent = nullptr;
   if (parentHandle == 0) {
-    auto f = orphanFactories().find(type);
-    if (f == orphanFactories().end()) {
+    const OrphanFactory f = orphanFactory(type);
+    if (!f) {
       throwRangeException("NboAttrLog: no orphan factory for '" + std::string(typeName.view()) +
                           "'");
     }
-    e = f->second(in);
+    e = f(in);
   } else {
     auto p = byHandle_.find(parentHandle);
     if (p == byHandle_.end()) {
@@ -103,8 +113,9 @@ void Replica::applyOrphan(In& in) {
     parent = p->second;
     const AttrDesc* a = parent->entity()->fwkType()->attr(parentAttr);
     const ZelType* declared = a ? ZelType::lookup(a->typeName) : nullptr;
+    // The parent makes its children by its own factory: the orphan must name that type.
     if (!a || (a->kind != AttrKind::entityCollection && a->kind != AttrKind::instantiating) ||
-        !declared || !type->isKindOf(declared)) {
+        declared != type) {
       throwRangeException("NboAttrLog: orphan of '" + std::string(typeName.view()) +
                           "' under attribute " + std::to_string(parentAttr) + " of " +
                           parent->entity()->fwkType()->name());
@@ -119,10 +130,6 @@ void Replica::applyOrphan(In& in) {
       ~Unsuppress() { flag = false; }
     } unsuppress{parent->suppressed_};
     e = parent->makeChild(parentAttr, in);
-  }
-  if (!e || e->fwkType() != type) {
-    throwRangeException("NboAttrLog: orphan of '" + std::string(typeName.view()) +
-                        "' made another entity");
   }
   Ptr<Sa> sa = e->zelNboAttrLogSaIs(nullptr, false);
   sa->replica_ = this;

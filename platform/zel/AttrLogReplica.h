@@ -19,6 +19,7 @@ namespace Zel::NboAttrLog {
 // (generated per entity type).
 using OrphanFactory = Ptr<Entity> (*)(In& args);
 void orphanFactoryIs(const ZelType* type, OrphanFactory f);
+OrphanFactory orphanFactory(const ZelType* type);
 
 class Replica : public PtrInterface {
  public:
@@ -29,6 +30,8 @@ class Replica : public PtrInterface {
 
   // Applies every record of `in`; stops at the first bad one by throwing.
   void apply(In& in);
+  // Applies the next record of `in`; false when there is none.
+  bool applyNext(In& in);
   // Applies the records in `data`; records may not span calls.
   void apply(const uint8_t* data, size_t len);
 
