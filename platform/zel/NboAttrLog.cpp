@@ -17,14 +17,16 @@ void Out::attrEnd() {
   for (int i = 0; i < 4; ++i) bytes_[recordStart_ + i] = static_cast<uint8_t>(len >> (24 - 8 * i));
 }
 
+// Big-endian, appended in one step: a record's values cost one insertion each.
 void Out::putU16(uint16_t v) {
-  putU8(static_cast<uint8_t>(v >> 8));
-  putU8(static_cast<uint8_t>(v));
+  const uint8_t b[2] = {static_cast<uint8_t>(v >> 8), static_cast<uint8_t>(v)};
+  bytes_.insert(bytes_.end(), b, b + 2);
 }
 
 void Out::putU32(uint32_t v) {
-  putU16(static_cast<uint16_t>(v >> 16));
-  putU16(static_cast<uint16_t>(v));
+  const uint8_t b[4] = {static_cast<uint8_t>(v >> 24), static_cast<uint8_t>(v >> 16),
+                        static_cast<uint8_t>(v >> 8), static_cast<uint8_t>(v)};
+  bytes_.insert(bytes_.end(), b, b + 4);
 }
 
 void Out::putU64(uint64_t v) {
