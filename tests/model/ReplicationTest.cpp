@@ -382,4 +382,41 @@ TEST(Replication, EveryGeneratedEntityTypeHasAnAdapter) {
   EXPECT_GT(types, 30u);
 }
 
+TEST(Replication, ResyncRebuildsAMirrorAfterDroppedState) {
+  Zel::Ptr<Hub> hub = hubFactory("hub");
+  hub->peerIs(kA, red_)->upIs(true);
+  hub->priceIs(3, 4.5);
+  Zel::Ptr<Out> out = new Out(1);
+  Zel::Ptr<Writer> w = new Writer(out);
+  Zel::Ptr<Zel::Entity::ZelNboAttrLogSa> sa = w->rootIs(hub);
+  Zel::Ptr<Replica> r = new Replica;
+  pump(*w, *r);
+  EXPECT_EQ(dumpAll(*r), Zel::treeDump(*hub).str());
+
+  // A clone serves the same entity apart from the log.
+  Zel::Ptr<Zel::Entity::ZelNboAttrLogSa> clone = sa->cloneSa();
+  EXPECT_EQ(clone->entity(), sa->entity());
+  EXPECT_EQ(clone->writer(), nullptr);
+  EXPECT_NE(clone, sa);
+  clone = nullptr;
+
+  // Changes wait while the output is full; dropping the waiting state loses them...
+  hub->levelIs(9);
+  hub->priceIs(3, 1.0);
+  ASSERT_NE(sa->flowOut(), nullptr);
+  sa->freeResyncState(new Zel::NboAttrLog::FlowOut);  // not its state: kept
+  ASSERT_NE(sa->flowOut(), nullptr);
+  sa->freeResyncState(sa->flowOut());
+  EXPECT_EQ(sa->flowOut(), nullptr);
+  pump(*w, *r);
+  EXPECT_NE(dumpAll(*r), Zel::treeDump(*hub).str());
+  // ...until a resynchronisation sends everything again to a cleared mirror.
+  r->clear();
+  EXPECT_EQ(r->entities(), 0u);
+  w->resync();
+  pump(*w, *r);
+  EXPECT_EQ(dumpAll(*r), Zel::treeDump(*hub).str());
+  EXPECT_EQ(r->entities(), 4u);  // the hub, its peer, its router and its spoke
+}
+
 }  // namespace
