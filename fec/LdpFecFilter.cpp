@@ -37,7 +37,7 @@ bool matches(const Acl::PrefixListEntry& entry, const Ovo::IpGenAddr& address, u
 }  // namespace
 
 bool LdpFecFilter::isPermittedFec(const Mpls::FwdEqvClass& fec) const {
-  LDP_TRACE(8, "LdpFecFilter::isPermittedFec fec: %s", fec.stringValue().charPtr());
+  LDP_TRACE_TO(traceFec, 8, "LdpFecFilter::isPermittedFec fec: %s", fec.stringValue().charPtr());
   if (!prefixList_) return true;
   Ovo::IpGenAddr address;
   unsigned len = 0;

@@ -21,7 +21,7 @@ namespace {
   va_start(args, format);
   parser->reasonIs(Zel::vformat(format, args));
   va_end(args);
-  LDP_TRACE(6, "%s", parser->reason().charPtr());
+  LDP_TRACE_TO(traceParse, 6, "%s", parser->reason().charPtr());
   return code;
 }
 
@@ -52,8 +52,9 @@ LdpStatusCode parsePrefixElement(LdpFecTlvParser* parser, uint32_t& cursor, uint
                    hdr->prefixBits());
   }
   const Ovo::IpGenPrefix prefix = hdr->prefix();
-  LDP_TRACE(
-      6, "         Prefix FEC Element, Address Family: %hu, PreLen: %d (%u octets), Prefix: %s",
+  LDP_TRACE_TO(
+      traceParse, 6,
+      "         Prefix FEC Element, Address Family: %hu, PreLen: %d (%u octets), Prefix: %s",
       familyNumber(*hdr), hdr->prefixBits(), hdr->prefixOctets(), prefix.stringValue().charPtr());
   *fec = Mpls::FwdEqvClass::forPrefix(prefix);
   cursor += hdr->elementOctets();
@@ -86,8 +87,9 @@ LdpStatusCode parseHostAddrElement(LdpFecTlvParser* parser, uint32_t& cursor, ui
                    hdr->hostAddrLen());
   }
   const Ovo::IpGenAddr addr = hdr->hostAddr();
-  LDP_TRACE(6, "         Host Address FEC Element, Address Family: %hu, HostAddrLen: %d, Addr: %s",
-            familyNumber(*hdr), hdr->hostAddrLen(), addr.stringValue().charPtr());
+  LDP_TRACE_TO(traceParse, 6,
+               "         Host Address FEC Element, Address Family: %hu, HostAddrLen: %d, Addr: %s",
+               familyNumber(*hdr), hdr->hostAddrLen(), addr.stringValue().charPtr());
   *fec = Mpls::FwdEqvClass::forHost(addr);
   cursor += hdr->elementOctets();
   return success_;
@@ -245,8 +247,8 @@ void LdpFecTlvParser::fecElementDelAll() {
 }
 
 void LdpFecTlvParser::fecElementNotify(uint32_t index) {
-  LDP_TRACE(8, "      FEC TLV element %" PRIu32 " %s", index,
-            fecElement_.find(index) ? "stored" : "removed");
+  LDP_TRACE_TO(traceParse, 8, "      FEC TLV element %" PRIu32 " %s", index,
+               fecElement_.find(index) ? "stored" : "removed");
 }
 
 uint32_t LdpFecTlvParser::fecElements() const { return static_cast<uint32_t>(fecElement_.size()); }
@@ -281,8 +283,8 @@ void LdpFecTlvParser::parseElements() {
   }
   const uint32_t begin = offset() + static_cast<uint32_t>(sizeof(LdpTlvHdr));
   const uint32_t end = begin + header()->length();
-  LDP_TRACE(6, "   Parse FEC TLV frontBytes: %zu, offset: %" PRIu32 ", TLV len: %u", frontBytes,
-            offset(), unsigned{header()->length()});
+  LDP_TRACE_TO(traceParse, 6, "   Parse FEC TLV frontBytes: %zu, offset: %" PRIu32 ", TLV len: %u",
+               frontBytes, offset(), unsigned{header()->length()});
 
   const bool strict = !ldpProtoParam_ || ldpProtoParam_->fecTlvStrictPrefixWildcardOnlyElement();
   const uint8_t* front = pkt()->front();
@@ -291,8 +293,9 @@ void LdpFecTlvParser::parseElements() {
     const uint32_t at = cursor;
     const auto* elementHdr = overlay<LdpFecTlvElementHdr>(front + cursor);
     const uint8_t type = elementHdr->typeField().raw();
-    LDP_TRACE(6, "      Msg/TLV/FecTlvElement %" PRIu32 ": offset %" PRIu32 ", type 0x%02x", index,
-              cursor, unsigned{type});
+    LDP_TRACE_TO(traceParse, 6,
+                 "      Msg/TLV/FecTlvElement %" PRIu32 ": offset %" PRIu32 ", type 0x%02x", index,
+                 cursor, unsigned{type});
     LdpStatusCode rc = success_;
     Zel::Ptr<LdpFecTlvElement> element;
     switch (type) {
@@ -303,7 +306,7 @@ void LdpFecTlvParser::parseElements() {
                        "FEC TLV Wildcard Element must be the only FEC Element in the FEC TLV");
           break;
         }
-        LDP_TRACE(6, "         Wildcard FEC Element");
+        LDP_TRACE_TO(traceParse, 6, "         Wildcard FEC Element");
         Zel::Ptr<LdpFecTlvWildcardElement> e = ldpFecTlvWildcardElementFactory();
         e->fwdEqvClsIs(Mpls::FwdEqvClass::wildcard());
         element = e;
@@ -364,7 +367,7 @@ void LdpFecTlvParser::parseElements() {
     if (index == fecElement_.capacity()) fecElement_.reserve(index + 1 + (end - cursor) / 4);
     fecElementIs(index, element);
   }
-  LDP_TRACE(6, "FEC TLV parsed %" PRIu32 " elements", fecElements());
+  LDP_TRACE_TO(traceParse, 6, "FEC TLV parsed %" PRIu32 " elements", fecElements());
 }
 
 LdpStatusCode parseFecTlvP2mpElement(LdpFecTlvParser* parser, uint32_t& cursor, uint32_t end,
@@ -409,10 +412,11 @@ LdpStatusCode parseFecTlvP2mpElement(LdpFecTlvParser* parser, uint32_t& cursor, 
   }
   const LdpP2mpFecElement p2mp(
       hdr->rootIp(), Zel::String(reinterpret_cast<const char*>(hdr->opaqueValue()), opaqueLen));
-  LDP_TRACE(6,
-            "         P2MP FEC Element, Address Family: %hu, RootIpLen: %u, Root: %s, OpaqueLen: "
-            "%" PRIu32,
-            familyNumber(*hdr), rootLen, p2mp.rootIp().stringValue().charPtr(), opaqueLen);
+  LDP_TRACE_TO(
+      traceParse, 6,
+      "         P2MP FEC Element, Address Family: %hu, RootIpLen: %u, Root: %s, OpaqueLen: "
+      "%" PRIu32,
+      familyNumber(*hdr), rootLen, p2mp.rootIp().stringValue().charPtr(), opaqueLen);
   element.p2mpFecElemIs(p2mp);
   cursor += hdr->elementOctets();
   return success_;

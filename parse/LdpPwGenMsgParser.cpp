@@ -84,7 +84,8 @@ LdpStatusCode parseIntfParams(LdpFecTlvParser* parser, const uint8_t* p, const u
         break;
       }
       default:
-        LDP_TRACE(6, "Ignoring unrecognized PW intf sub-TLV (code 0x%.2x)", unsigned{p[0]});
+        LDP_TRACE_TO(traceParse, 6, "Ignoring unrecognized PW intf sub-TLV (code 0x%.2x)",
+                     unsigned{p[0]});
         break;
     }
     p += sub->length();
@@ -139,7 +140,7 @@ LdpStatusCode parseFecTlvPwIdElement(LdpFecTlvParser* parser, uint32_t& cursor, 
     }
   }
   const PwFwdEqvClassInfo info(fec, params, present);
-  LDP_TRACE(8, "FEC PW ID Element: %s", info.stringValue().charPtr());
+  LDP_TRACE_TO(traceParse, 8, "FEC PW ID Element: %s", info.stringValue().charPtr());
   element.pwFwdEqvClsIs(info);
   cursor += hdr->totalLength();
   return success_;

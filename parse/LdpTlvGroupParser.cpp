@@ -42,8 +42,8 @@ bool LdpTlvGroupParser::parseTlvGroup() {
   const size_t frontBytes = pkt_->frontBytes();
   statusCode_ = success_;
   if (!reason_.empty()) reason_ = Zel::String();
-  LDP_TRACE(8, "Parse packet frontBytes: %zu, offset: %" PRIu32 ", size %" PRIu32, frontBytes,
-            offset_, size_);
+  LDP_TRACE_TO(traceParse, 8, "Parse packet frontBytes: %zu, offset: %" PRIu32 ", size %" PRIu32,
+               frontBytes, offset_, size_);
   if (size_ == 0) return true;
   if (size_ > frontBytes - offset_) {
     failureIs(Zel::format("Packet is too small, size: %zu", frontBytes));
@@ -63,7 +63,8 @@ bool LdpTlvGroupParser::parseTlvGroup() {
     const LdpTlvHdr* header = overlay<LdpTlvHdr>(front + cursor);
     ZEL_ASSERT(header->totalLength() > 0);
     const uint32_t size = header->totalLength();
-    LDP_TRACE(6, "   Msg/TLV %" PRIu32 ": offset %" PRIu32 ", size %" PRIu32, i, cursor, size);
+    LDP_TRACE_TO(traceParse, 6, "   Msg/TLV %" PRIu32 ": offset %" PRIu32 ", size %" PRIu32, i,
+                 cursor, size);
     if (size > size_ - consumed) {
       failureIs("Msg/Tlv is corrupted/truncated");
       return true;

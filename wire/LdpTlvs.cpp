@@ -111,17 +111,17 @@ LdpStatusCode LdpCommonSessionParamTlv::validate() const {
   if (LdpStatusCode rc = validateTlvHdr(); rc != success_) return rc;
   if (length() != 14) return badTlvLength_;
   if (protocolVersion() != 1) {
-    LDP_TRACE(6, "   Rejected. Protocol version is not 1");
+    LDP_TRACE_TO(traceWire, 6, "   Rejected. Protocol version is not 1");
     return badVersion_;
   }
   // KeepAlives go out every third of the keepalive time, in whole seconds: below 3
   // there is no interval left.
   if (keepAliveTime() < 3) {
-    LDP_TRACE(6, "   Rejected. keepAliveTime is out of range.");
+    LDP_TRACE_TO(traceWire, 6, "   Rejected. keepAliveTime is out of range.");
     return sessionRejectBadKeepAliveTime_;
   }
   if (maxPduLength() > maxPduLengthLimit) {
-    LDP_TRACE(6, "   Rejected. maxPduLength is out of range.");
+    LDP_TRACE_TO(traceWire, 6, "   Rejected. maxPduLength is out of range.");
     return rejectMaxPduLength_;
   }
   return success_;

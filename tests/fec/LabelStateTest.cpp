@@ -149,7 +149,7 @@ TEST(LdpFecFilter, IsPermittedFecThroughReflectionTracesTheFec) {
   Zel::Ptr<LdpFecFilter> f = filterWith({{5, deny, "10.0.0.0/8"}, {10, permit, "0.0.0.0/0"}});
   static Strings traced;
   traced.clear();
-  const TraceSink oldSink = traceSinkIs([](int level, std::string_view text) {
+  const TraceSink oldSink = traceSinkIs([](const TraceHandle&, int level, std::string_view text) {
     if (level == 8) traced.emplace_back(text);
   });
   const int oldLevel = traceLevel();

@@ -17,8 +17,8 @@ inline std::vector<std::string> traces;
 template <class F>
 auto traced(F f) {
   traces.clear();
-  const Ldp::TraceSink oldSink =
-      Ldp::traceSinkIs([](int, std::string_view text) { traces.emplace_back(text); });
+  const Ldp::TraceSink oldSink = Ldp::traceSinkIs(
+      [](const Ldp::TraceHandle&, int, std::string_view text) { traces.emplace_back(text); });
   const int oldLevel = Ldp::traceLevel();
   Ldp::traceLevelIs(6);
   auto result = f();
