@@ -1,18 +1,21 @@
 // Writes the seed corpora of the fuzz targets: makeSeeds <dir> fills
-// <dir>/fuzz_pdu, <dir>/fuzz_msg, <dir>/fuzz_fec and <dir>/fuzz_strings with a few
-// well-formed inputs each (and one PDU with the 0xFFFC length that the targets treat
-// as an expected outcome).
+// <dir>/fuzz_pdu, <dir>/fuzz_msg, <dir>/fuzz_fec, <dir>/fuzz_strings and
+// <dir>/fuzz_blink with a few well-formed inputs each (and one PDU with the 0xFFFC
+// length that the targets treat as an expected outcome).
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "core/LdpBlink.h"
 #include "core/LdpTypes.h"
+#include "fuzz/BlinkInput.h"
 #include "platform/zel/Type.h"
 #include "tests/support/PduBuilder.h"
 
@@ -154,6 +157,45 @@ void stringSeeds() {
   }
 }
 
+// Ring files of the smallest size recorded by Blink, compact: one with a record of
+// every argument type, one wrapped around, one with a torn record; and the head of
+// a whole file.
+void blinkSeeds() {
+  const std::string path = (root / "blink.tmp").string();
+  const auto recorded = [&](auto record) {
+    const std::string error = Ldp::Blink::start(path, Ldp::Blink::minSizeBits);
+    if (!error.empty()) {
+      std::fprintf(stderr, "makeSeeds: %s\n", error.c_str());
+      std::exit(1);
+    }
+    record();
+    Ldp::Blink::stop();
+    std::ifstream in(path, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::filesystem::remove(path);
+    return bytes;
+  };
+  const std::string types = recorded([] {
+    LDP_BLINK("%d %u %x %lld %c", int8_t{-1}, uint16_t{2}, 0xffu, -5ll, 'c');
+    LDP_BLINK("%.3f %-8e|%p", 2.5, 1e9, static_cast<const void*>(&root));
+    LDP_BLINK("%s [%8.2s] %s", "fec", std::string("10.0.0.0/8"), std::string(80, 'x'));
+    LDP_BLINK("100%% done");
+  });
+  write("fuzz_blink", LdpFuzz::compactBlinkInput(types));
+  write("fuzz_blink", LdpFuzz::compactBlinkInput(recorded([] {
+          for (unsigned i = 0; i < 20; ++i) LDP_BLINK("record %u of %s", i, "20");
+        })));
+  std::string torn = recorded([] {
+    LDP_BLINK("first");
+    LDP_BLINK("second %d", 2);
+  });
+  torn[Ldp::BlinkDetail::headSize + 2 * Ldp::BlinkDetail::recordSize + 32] ^= 1;
+  write("fuzz_blink", LdpFuzz::compactBlinkInput(torn));
+  std::vector<uint8_t> head{0};
+  head.insert(head.end(), types.begin(), types.begin() + 256);
+  write("fuzz_blink", head);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -166,5 +208,6 @@ int main(int argc, char** argv) {
   msgSeeds();
   fecSeeds();
   stringSeeds();
+  blinkSeeds();
   return 0;
 }
