@@ -155,6 +155,10 @@ void Sa::syncChild(AttributeId id, const std::string& key) {
     writeDeletion(id, key);
     it->second->detach();
     children_->erase(it);
+  } else if (!now && shapeOf(*entity_, id) == Shape::child) {
+    // The mirror's constructor may have made the single child that this entity has
+    // dropped since: say it is gone (a deletion of nothing changes nothing there).
+    writeDeletion(id, key);
   }
   if (!now) return;
   Ptr<Sa> sa = now->zelNboAttrLogSaIs(writer_, readOnly_);

@@ -564,9 +564,13 @@ class ModelChanger {
       }
       case 5:
       case 6: {
-        // The protocol parameters it was made with, changed, or replaced by others.
+        // The protocol parameters it was made with, changed, dropped, or replaced by others.
         Zel::Ptr<LdpProtoParam> param = p->ldpProtoParam();
-        if (pick(6) == 0) {
+        if (param && pick(8) == 0) {
+          p->ldpProtoParamDel();
+          break;
+        }
+        if (!param || pick(6) == 0) {
           param = p->ldpProtoParamIs(pick(2) ? Zel::Name(p->vrfName().value()) : Zel::Name("alt"));
         }
         param->tlvConfigSeqNumIncludeIs(pick(2));

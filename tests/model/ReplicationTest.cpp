@@ -426,4 +426,20 @@ TEST(Replication, ResyncRebuildsAMirrorAfterDroppedState) {
   EXPECT_EQ(r->entities(), 4u);  // the hub, its peer, its router and its spoke
 }
 
+TEST(Replication, AChildTheConstructorMadeAndTheOriginalDroppedIsDroppedByTheMirror) {
+  // The mirror's constructor makes the child too: the orphan's attributes must say
+  // it is gone, however the mirror connects.
+  Zel::Ptr<Hub> hub = hubFactory("hub");
+  hub->hubSpokeDel();
+  Zel::Ptr<Writer> w = new Writer(new Out(4));
+  w->rootIs(hub);
+  Zel::Ptr<Replica> r = new Replica;
+  pump(*w, *r);
+  EXPECT_EQ(dumpAll(*r), Zel::treeDump(*hub).str());
+  r->clear();
+  w->resync();
+  pump(*w, *r);
+  EXPECT_EQ(dumpAll(*r), Zel::treeDump(*hub).str());
+}
+
 }  // namespace
