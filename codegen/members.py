@@ -903,7 +903,7 @@ class QueueKind(CollectionKind):
             f"  {meta}Is(next);\n{x.notify(m, 'index')}  return index;\n}}\n"
             f"{x.outside(m.type)} {n}::{m.name}Deq() {{\n  if ({m.name}_.empty()) return {t}{{}};\n"
             f"  const {it} index = {m.name}_.headIndex();\n"
-            f"  const {t} v = *{m.name}_.find(index);\n  {m.name}_.del(index);\n"
+            f"  {t} v = *{m.name}_.find(index);\n  {m.name}_.del(index);\n"
             f"{x.notify(m, 'index')}  return v;\n}}\n"
             f"bool {n}::{m.name}Del({kp} key) {{\n  if (!{m.name}_.del(key)) return false;\n"
             f"{x.notify(m, 'key')}  return true;\n}}\n" + self.common_define(m, x))

@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <mutex>
@@ -71,8 +72,9 @@ void appendFormat(MappedRing& r, const Format& f, uint32_t id) {
   put(at, id);
   put(at + 4, static_cast<uint16_t>(f.tags.size()));
   put(at + 6, static_cast<uint16_t>(f.format.size()));
-  std::memcpy(at + 8, f.tags.data(), f.tags.size());
-  std::memcpy(at + 8 + f.tags.size(), f.format.data(), f.format.size());
+  // Counted, not NUL-terminated: the entry holds both lengths.
+  std::copy_n(f.tags.data(), f.tags.size(), at + 8);
+  std::copy_n(f.format.data(), f.format.size(), at + 8 + f.tags.size());
   headerWord(r, tableUsedOffset).store(used + entry, std::memory_order_release);
 }
 

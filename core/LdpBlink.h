@@ -58,7 +58,7 @@
 // when the ring wraps around while one of them is stalled in a trace point: the
 // newer record is then lost, and the check keeps their arguments from mixing.
 
-#include <time.h>
+#include <ctime>
 
 #include <atomic>
 #include <bit>

@@ -66,7 +66,7 @@ void Sa::childChanged(AttributeId id) {
   entryChangedAt(id, std::string(), true);
 }
 
-void Sa::entryChangedAt(AttributeId id, std::string key, bool owned) {
+void Sa::entryChangedAt(AttributeId id, const std::string& key, bool owned) {
   if (readOnly_ || replica_) refuseLocalWrite(id);
   if (!writer_) return;
   if (owned && !writer_->flowOutPending() && !writer_->out()->full()) {

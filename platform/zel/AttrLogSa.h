@@ -149,7 +149,7 @@ class Entity::ZelNboAttrLogSa : public PtrInterface {
  private:
   friend class NboAttrLog::Writer;
   friend class NboAttrLog::Replica;
-  void entryChangedAt(AttributeId id, std::string key, bool owned);
+  void entryChangedAt(AttributeId id, const std::string& key, bool owned);
   void markDirty(AttributeId id, const std::string* key);
   // Writes one record of attribute `id` (at `key` for collections); false when it
   // must wait (a reference to an entity whose orphan is not yet written).
