@@ -1,7 +1,7 @@
 // Writes the seed corpora of the fuzz targets: makeSeeds <dir> fills
-// <dir>/fuzz_pdu, <dir>/fuzz_msg, <dir>/fuzz_fec, <dir>/fuzz_strings and
-// <dir>/fuzz_blink with a few well-formed inputs each (and one PDU with the 0xFFFC
-// length that the targets treat as an expected outcome).
+// <dir>/fuzz_pdu, <dir>/fuzz_msg, <dir>/fuzz_fec, <dir>/fuzz_strings,
+// <dir>/fuzz_blink and <dir>/fuzz_attrlog with a few well-formed inputs each (and one PDU with the
+// 0xFFFC length that the targets treat as an expected outcome).
 
 #include <cstdint>
 #include <cstdio>
@@ -15,6 +15,7 @@
 
 #include "core/LdpBlink.h"
 #include "core/LdpTypes.h"
+#include "fuzz/AttrLogTree.h"
 #include "fuzz/BlinkInput.h"
 #include "platform/zel/Type.h"
 #include "tests/support/PduBuilder.h"
@@ -196,6 +197,17 @@ void blinkSeeds() {
   write("fuzz_blink", head);
 }
 
+// The log of a small state tree, whole, written through a roomy and a tiny buffer
+// (the same records, chunked otherwise), and its first half.
+void attrLogSeeds() {
+  const std::vector<uint8_t> log = LdpFuzz::attrLogOfSmallTree();
+  write("fuzz_attrlog", log);
+  write("fuzz_attrlog", LdpFuzz::attrLogOfSmallTree(4));
+  write(
+      "fuzz_attrlog",
+      std::vector<uint8_t>(log.begin(), log.begin() + static_cast<std::ptrdiff_t>(log.size() / 2)));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -209,5 +221,6 @@ int main(int argc, char** argv) {
   fecSeeds();
   stringSeeds();
   blinkSeeds();
+  attrLogSeeds();
   return 0;
 }
