@@ -56,7 +56,7 @@ void appendFormatted(std::string& out, const Conversion& c, const char* length, 
     if (flagsFor(conversion).find(*f) != std::string_view::npos) spec += *f;
   }
   if (c.width >= 0) spec += std::to_string(c.width);
-  if (c.precision >= 0) spec += "." + std::to_string(c.precision);
+  if (c.precision >= 0) spec.append(".").append(std::to_string(c.precision));
   spec += length;
   spec += conversion;
   char small[64];
