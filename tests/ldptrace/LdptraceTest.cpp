@@ -10,28 +10,19 @@
 #include <sstream>
 
 #include "core/LdpBlink.h"
+#include "tests/support/ToolRun.h"
 #include "tools/ldptrace/Ldptrace.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Result {
-  int status;
-  std::string out, err;
-};
+using LdpTest::lines;
+
+using Result = LdpTest::ToolResult;
 
 Result run(const std::vector<std::string>& args) {
-  std::ostringstream out, err;
-  const int status = LdpTrace::runLdptrace(args, out, err);
-  return {status, out.str(), err.str()};
-}
-
-std::vector<std::string> lines(const std::string& text) {
-  std::vector<std::string> v;
-  std::istringstream in(text);
-  for (std::string l; std::getline(in, l);) v.push_back(l);
-  return v;
+  return LdpTest::runTool(LdpTrace::runLdptrace, args);
 }
 
 class Ldptrace : public ::testing::Test {

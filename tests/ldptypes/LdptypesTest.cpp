@@ -6,26 +6,17 @@
 #include <algorithm>
 #include <sstream>
 
+#include "tests/support/ToolRun.h"
 #include "tools/ldptypes/Ldptypes.h"
 
 namespace {
 
-struct Result {
-  int status;
-  std::string out, err;
-};
+using LdpTest::lines;
+
+using Result = LdpTest::ToolResult;
 
 Result run(const std::vector<std::string>& args) {
-  std::ostringstream out, err;
-  const int status = LdpTypes::runLdptypes(args, out, err);
-  return {status, out.str(), err.str()};
-}
-
-std::vector<std::string> lines(const std::string& text) {
-  std::vector<std::string> v;
-  std::istringstream in(text);
-  for (std::string l; std::getline(in, l);) v.push_back(l);
-  return v;
+  return LdpTest::runTool(LdpTypes::runLdptypes, args);
 }
 
 // The JSON output holds one type per line, each opening with its name.
