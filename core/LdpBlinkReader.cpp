@@ -51,23 +51,23 @@ std::string_view flagsFor(char conversion) {
 template <class T>
 void appendFormatted(std::string& out, const Conversion& c, const char* length, char conversion,
                      T value) {
-  std::string spec = "%";
+  std::string directive = "%";
   for (const char* f = c.flags; *f; ++f) {
-    if (flagsFor(conversion).find(*f) != std::string_view::npos) spec += *f;
+    if (flagsFor(conversion).find(*f) != std::string_view::npos) directive += *f;
   }
-  if (c.width >= 0) spec += std::to_string(c.width);
-  if (c.precision >= 0) spec.append(".").append(std::to_string(c.precision));
-  spec += length;
-  spec += conversion;
+  if (c.width >= 0) directive += std::to_string(c.width);
+  if (c.precision >= 0) directive.append(".").append(std::to_string(c.precision));
+  directive += length;
+  directive += conversion;
   char small[64];
-  const int n = std::snprintf(small, sizeof small, spec.c_str(), value);
+  const int n = std::snprintf(small, sizeof small, directive.c_str(), value);
   if (n < 0) return;
   if (static_cast<size_t>(n) < sizeof small) {
     out.append(small, static_cast<size_t>(n));
     return;
   }
   std::string big(static_cast<size_t>(n) + 1, '\0');
-  std::snprintf(big.data(), big.size(), spec.c_str(), value);
+  std::snprintf(big.data(), big.size(), directive.c_str(), value);
   out.append(big.data(), static_cast<size_t>(n));
 }
 
